@@ -1,0 +1,142 @@
+// The attribute object: a bag of named texts, the order of those whose order matters, and a type name.
+// VEXFeature derives from it; it also serves plain name-and-value records.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "vex/inc/statinfo.h"
+#include "vex/inc/stkdefs.h"
+#include "vex/inc/vexname.h"
+
+// Hash table from interned name to text: open chains over one flat vector of slots. Emptying it keeps every
+// buffer, so a table that is filled again with values of the same size allocates nothing.
+class VEXAttributeTable {
+ public:
+  struct Slot {
+    VEXName name;
+    std::int32_t next;  // the chain's next slot, -1 at its end
+    std::string value;
+  };
+
+  VEXAttributeTable() : buckets_(kFirstBuckets, -1) {}
+
+  std::size_t entries() const { return numEntries_; }
+  std::size_t buckets() const { return buckets_.size(); }
+  // The text under a name, null when there is none. Valid until the table next changes.
+  const std::string* find(VEXName name) const;
+  // The text to write a name's value into; an absent name is added with an empty one.
+  std::string& valueOf(VEXName name);
+  void set(VEXName name, std::string_view value) { valueOf(name).assign(value); }
+  bool remove(VEXName name);
+  void clear();
+  // Rebuilds with 4n + 1 buckets when n entries are above half or below an eighth of the buckets.
+  void compact();
+  void copyFrom(const VEXAttributeTable& source);  // contents and bucket count
+  void swap(VEXAttributeTable& other) noexcept;
+
+  // Walks all entries in bucket order, a fixed order for a given content and history.
+  template <class Visit>  // Visit(VEXName, const std::string&)
+  void forEach(Visit&& visit) const {
+    for (std::int32_t head : buckets_)
+      for (std::int32_t at = head; at >= 0; at = slots_[static_cast<std::size_t>(at)].next)
+        visit(slots_[static_cast<std::size_t>(at)].name, slots_[static_cast<std::size_t>(at)].value);
+  }
+
+ private:
+  static constexpr std::size_t kFirstBuckets = 17;
+  std::size_t bucketOf(VEXName name) const { return name.hash() % buckets_.size(); }
+
+  std::vector<std::int32_t> buckets_;  // chain heads, -1 when empty
+  std::vector<Slot> slots_;            // used and spare
+  std::vector<std::int32_t> spare_;    // freed by remove()
+  std::size_t used_ = 0;               // slots_[0 .. used_) are linked or in spare_
+  std::size_t numEntries_ = 0;
+};
+
+class VEXObject {
+ public:
+  VEXObject() = default;
+  virtual ~VEXObject() = default;
+  VEXObject(const VEXObject&) = delete;
+  VEXObject& operator=(const VEXObject&) = delete;
+
+  // ---- single attributes; names are compared byte for byte ----
+  bool attributeExists(std::string_view name) const { return findAttribute(name) != nullptr; }
+  bool attributeExists(VEXName name) const { return attributes_.find(name) != nullptr; }
+  // Null when absent; valid until the object next changes.
+  const std::string* findAttribute(VEXName name) const { return attributes_.find(name); }
+  const std::string* findAttribute(std::string_view name) const;
+  // Setters replace an existing value. An empty name is ignored.
+  void setAttribute(VEXName name, std::string_view value) { attributes_.set(name, value); }
+  void setAttribute(std::string_view name, std::string_view value);
+  void setInteger(std::string_view name, std::int64_t value);
+  void setReal(std::string_view name, double value);  // 15 significant digits
+  void setFlag(std::string_view name) { setAttribute(name, std::string_view()); }
+  // The text to write a value into in place; the name is added when absent.
+  std::string& attributeValue(VEXName name) { return attributes_.valueOf(name); }
+  // True when the attribute exists and, for numbers, its text converts (an integer as textToInteger says).
+  bool getString(std::string_view name, std::string& value) const;
+  bool getInteger(std::string_view name, std::int32_t& value) const;
+  bool getReal(std::string_view name, double& value) const;
+  // Silent when absent. A sequenced name stays in the sequence.
+  void removeAttribute(VEXName name) { attributes_.remove(name); }
+  void removeAttribute(std::string_view name);
+  void removeFromSequence(VEXName name);
+  std::size_t numAttributes() const { return attributes_.entries(); }
+  // Appends every name, in table order.
+  void allAttributeNames(VEXStringVector& names) const;
+  template <class Visit>
+  void forEachAttribute(Visit&& visit) const { attributes_.forEach(visit); }
+
+  // ---- attributes whose order matters ----
+  // Sets the value and moves the name to the end of the sequence.
+  void setSequenced(VEXName name, std::string_view value);
+  void setSequenced(std::string_view name, std::string_view value) { setSequenced(VEXName::intern(name), value); }
+  const std::vector<VEXName>& sequence() const { return sequencedAttrNames_; }
+  void clearSequence() { sequencedAttrNames_.clear(); }
+  void setSequence(std::vector<VEXName> names) { sequencedAttrNames_ = std::move(names); }
+  // Names and values as a writer is offered them: the sequence first (a name that begins with a blank is
+  // reported by the text behind its first ":"), then the rest in table order; names holding "{" are left out.
+  void orderedAttributes(VEXStringVector& names, VEXStringVector& values) const;
+
+  // ---- list attributes: `name` is a template such as "part{}.height", with "{}" exactly once ----
+  // 879001 when the template has no "{}", 879002 when it has two. `found` is true with at least one value.
+  VEXStatus getList(std::string_view name, VEXStringVector& values, bool& found) const;
+  // Values beyond the end of the new list stay.
+  VEXStatus setList(std::string_view name, const VEXStringVector& values);
+  VEXStatus removeList(std::string_view name);
+  // Reads "name 0x02 value 0x02 name ..." and stores each pair under the template with the part of its name
+  // in front of "{" put into place. 879003 for a name without "{".
+  VEXStatus setPairs(std::string_view nameTemplate, std::string_view pairText);
+  // All attributes whose names begin with `prefix`, in table order, as such a text.
+  std::string pairs(std::string_view prefix) const;
+
+  // ---- the whole object ----
+  const std::string& featureType() const { return featureType_; }
+  void setFeatureType(std::string_view type) { featureType_.assign(type); }
+  void resetAttributes();                                   // table, sequence and type; buckets are kept
+  void clearAttributes();                                   // table and sequence; the type stays
+  void cloneAttributes(const VEXObject& source);            // table, sequence and type replaced by copies
+  void mergeAttributes(const VEXObject& source);            // copies names that are new here
+  void overwriteAttributes(const VEXObject& source);        // copies all, the source's value wins
+  void upperCaseNames();
+  std::string textForm() const;                             // type, then "+name+value" in table order
+  void compactAttributes() { attributes_.compact(); }
+  // Moves the table out into `spare` (whose contents are lost) and leaves an empty one here: values stay
+  // readable in `spare` while this object is filled anew.
+  void moveAttributesTo(VEXAttributeTable& spare);
+  const VEXAttributeTable& table() const { return attributes_; }
+
+ protected:
+  VEXAttributeTable attributes_;
+  std::vector<VEXName> sequencedAttrNames_;
+  std::string featureType_;
+};
+
+// Replaces the characters that a file name, or an identifier, cannot hold by "_".
+std::string fileNameForm(std::string_view text);
+std::string identifierForm(std::string_view text);

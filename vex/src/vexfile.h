@@ -1,0 +1,112 @@
+// Files as drivers use them: one buffered reader, one buffered writer, and a plain file for the temporary
+// store. Offsets are 64-bit; no locale, no per-byte calls. Errors are told by the return value and errorText().
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+// Reads a file in blocks of a mebibyte.
+class VEXInputFile {
+ public:
+  VEXInputFile() = default;
+  ~VEXInputFile();
+  VEXInputFile(VEXInputFile&&) = delete;
+
+  bool open(const std::string& path);
+  void close();
+  bool isOpen() const { return fd_ >= 0; }
+  const std::string& path() const { return path_; }
+  std::uint64_t size() const { return size_; }          // at the time of opening; 0 for what has no size
+  std::uint64_t offset() const { return blockStart_ + at_; }  // of the next byte
+  std::string errorText() const;
+
+  enum class Line { Ok, End, TooLong, Error };
+  // The next line without its "\n" or "\r\n"; a last line may lack them. The view is valid until the next
+  // call. End: no bytes were left. TooLong: no line end within `limit` bytes; the file stays where it was.
+  Line readLine(std::string_view& line, std::size_t limit = kLongestLine);
+  // Exactly `count` bytes, as a view into the buffer, valid until the next call; false when fewer are left (the
+  // position stays) or on an error. `count` is at most kLongestLine.
+  bool readBytes(std::size_t count, std::string_view& bytes);
+  // Moves to an offset; cheap when it lies in the current block.
+  bool seek(std::uint64_t offset);
+  bool failed() const { return error_ != 0; }
+
+  static constexpr std::size_t kLongestLine = std::size_t{16} << 20;
+
+ private:
+  bool fill(std::size_t wanted);  // makes at least `wanted` bytes available behind at_, false when there are fewer
+
+  int fd_ = -1;
+  int error_ = 0;
+  std::string path_;
+  std::uint64_t size_ = 0;
+  std::uint64_t blockStart_ = 0;  // file offset of buffer_[0]
+  std::size_t at_ = 0;
+  std::size_t end_ = 0;           // valid bytes in the buffer
+  std::size_t capacity_ = 0;
+  std::unique_ptr<char[]> buffer_;
+};
+
+// Writes a file through a buffer of a mebibyte. The first error sticks: later calls do nothing and give false.
+class VEXOutputFile {
+ public:
+  VEXOutputFile() = default;
+  ~VEXOutputFile();  // closes, ignoring errors
+  VEXOutputFile(VEXOutputFile&&) = delete;
+
+  bool open(const std::string& path);  // creates or truncates
+  bool isOpen() const { return fd_ >= 0; }
+  const std::string& path() const { return path_; }
+  bool append(std::string_view bytes) {
+    if (bytes.size() <= kCapacity - used_ && fd_ >= 0) [[likely]] {
+      copyIn(bytes);
+      return error_ == 0;
+    }
+    return appendSlowly(bytes);
+  }
+  // The place for `count` bytes at the end, to be filled by the caller before the next call; null on an error.
+  // `count` is at most a mebibyte.
+  char* appendSpace(std::size_t count);
+  bool patch(std::uint64_t offset, std::string_view bytes);  // overwrites what was written before
+  std::uint64_t offset() const { return flushed_ + used_; }  // bytes written so far
+  bool flush();
+  bool close();                        // false when anything was not written
+  bool failed() const { return error_ != 0; }
+  std::string errorText() const;
+
+ private:
+  static constexpr std::size_t kCapacity = std::size_t{1} << 20;
+  void copyIn(std::string_view bytes);
+  bool appendSlowly(std::string_view bytes);
+  bool writeOut(const char* bytes, std::size_t count);
+
+  int fd_ = -1;
+  int error_ = 0;
+  std::string path_;
+  std::uint64_t flushed_ = 0;
+  std::size_t used_ = 0;
+  std::unique_ptr<char[]> buffer_;
+};
+
+// A file opened for reading and writing at any place; what the temporary file manager hands out.
+class VEXFile {
+ public:
+  VEXFile(int fd, std::string path) : fd_(fd), path_(std::move(path)) {}
+  ~VEXFile();
+  VEXFile(const VEXFile&) = delete;
+  VEXFile& operator=(const VEXFile&) = delete;
+
+  const std::string& path() const { return path_; }
+  bool readAt(std::uint64_t offset, char* bytes, std::size_t count) const;  // false when not all are there
+  bool writeAt(std::uint64_t offset, std::string_view bytes);
+  bool size(std::uint64_t& bytes) const;
+  std::string errorText() const;
+
+ private:
+  int fd_;
+  mutable int error_ = 0;
+  std::string path_;
+};

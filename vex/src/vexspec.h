@@ -1,0 +1,87 @@
+// VEXFeatureSpec: one parsed row of a mapping file that describes features. It tests a feature, captures values
+// into variables (source side) and rewrites a feature from them (destination side). Immutable after parse.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "vex/inc/statinfo.h"
+#include "vex/inc/stkdefs.h"
+#include "vex/inc/vexfeat.h"
+#include "vex/src/cmdparm.h"
+#include "vex/src/vexvars.h"
+
+// "%name" or "%name:default" behind an attribute name.
+struct VEXTransferVariable {
+  std::string attrName_;
+  VEXName attr_;
+  std::string varName_;       // with its percent sign
+  std::size_t slot_ = 0;      // in the variable table, see bindVariables
+  std::string default_;       // empty: none
+  bool isList_ = false;       // attrName_ holds "{}"
+  bool isSequenced_ = false;  // attrName_ holds "{"
+};
+
+// "@Function(...)" behind an attribute name.
+struct VEXAttributeFunction {
+  std::string attrName_;
+  VEXName attr_;
+  bool isList_ = false;
+  bool isSequenced_ = false;
+  std::unique_ptr<VEXCommandParm> function_;
+};
+
+class VEXFeatureSpec {
+ public:
+  // Takes the tokens firstToken to lastToken (0: the row's last). 252001, 252002, 252003, or a function's 209xxx.
+  VEXStatus parse(const VEXStringVector& row, std::size_t firstToken, std::size_t lastToken = 0);
+
+  // Source side: the constant test, then functions (last to first), attribute functions, captures. Once the
+  // test has passed, `matched` is true and a failure is one of the translation.
+  VEXStatus matches(VEXFeaturePtr& feature, VEXVariableTable& variables, bool& matched) const;
+  // Destination side: rewrites the feature in place.
+  VEXStatus apply(VEXFeaturePtr& feature, VEXVariableTable& variables) const;
+  bool matchesAttributes(const VEXFeature& feature) const;
+  // The test, then the functions, without variables.
+  VEXStatus testOnly(VEXFeaturePtr& feature, bool& matched) const;
+  // Constants, type when named, then functions; all other attributes stay.
+  VEXStatus setAttributes(VEXFeaturePtr& feature) const;
+  // Calls collector(name) for each variable: transfer variables, functions, attribute functions.
+  template <class Collector>
+  void listVariables(Collector&& collector) const {
+    VEXStringVector names;
+    collectVariables(names);
+    for (const std::string& name : names) collector(name);
+  }
+  // Gives every transfer variable its slot; called once, before the first feature.
+  void bindVariables(VEXVariableTable& variables);
+
+  const std::string& featureType() const { return featureType_; }
+  // Type, then "+name+value" for each constant: the key of this spec in the statistics.
+  const std::string& description() const { return description_; }
+  bool namesType() const { return useFeatureType_; }
+  bool isTypeOnly() const;  // no constants, functions or variables
+
+  // ORV_DEBUG TRANSFER_PROCESS: warnings about attributes that are missing or ignored.
+  static void setTransferReport(bool on);
+
+ private:
+  VEXStatus addAttribute(const std::string& name, const std::string& value);
+  void collectVariables(VEXStringVector& names) const;
+  VEXStatus runFunctions(VEXFeaturePtr& feature, VEXVariableTable& variables, bool sourceSide) const;
+  void capture(const VEXFeature* feature, VEXVariableTable& variables) const;
+  void setFromVariables(VEXFeature& feature, const VEXVariableTable& variables, std::string& missing) const;
+  void reportIgnored(const VEXFeature& feature) const;
+
+  std::string featureType_;
+  std::string description_;
+  std::vector<VEXName> attrPaths_;
+  VEXStringVector attrVals_;
+  std::vector<bool> attrIsSequenced_;
+  std::vector<VEXTransferVariable> transferVars_;
+  std::vector<std::unique_ptr<VEXCommandParm>> functions_;
+  std::vector<VEXAttributeFunction> attrFunctions_;
+  bool useFeatureType_ = true;
+};
