@@ -36,15 +36,30 @@ class VEXCommandParm {
   const VEXCommand* command() const { return command_; }
 
  private:
+  // One argument cut at its references: a literal, then a variable's or an attribute's value, or neither.
+  struct Piece {
+    std::string literal;
+    std::string variable;
+    VEXName attribute;
+  };
+  struct Plan {
+    bool isSimple = false;  // holds no nested call
+    std::vector<Piece> pieces;
+  };
+
   bool needsExpansion() const { return !variables_.empty() || !expressions_.empty(); }
+  static Plan planOf(const std::string& argument);
+  static bool expandSimply(const Plan& plan, const VEXFeature* feature, const VEXVariableTable& table,
+                           std::string& out);
   VEXStatus expandAll(VEXFeaturePtr& feature, const VEXVariableTable& table);
+  // 209006: a nested call deleted the feature. 209008: the substitution does not end.
   VEXStatus expand(std::string& argument, VEXFeaturePtr& feature, const VEXVariableTable& table);
-  VEXStatus runOn(const VEXStringVector& params, VEXFeaturePtr& feature, std::string& result);
 
   VEXCommand* command_ = nullptr;
-  VEXStringVector params_;             // as written
+  VEXStringVector params_;                // as written
   std::vector<std::size_t> variables_;    // arguments that are one %name or &name and nothing else
   std::vector<std::size_t> expressions_;  // arguments that hold a %name, &name or @name( somewhere
-  VEXStringVector expanded_;           // working copy; its texts keep their buffers from feature to feature
+  std::vector<Plan> plans_;               // one an argument
+  VEXStringVector expanded_;              // working copy; its texts keep their buffers from feature to feature
   std::string name_;
 };

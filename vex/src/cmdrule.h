@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,34 +14,45 @@
 // Which argument counts are right.
 struct VEXArgCount {
   bool accepts(std::size_t count) const {
-    return count >= least && count <= most && (step == 0 || (count - least) % step == 0) && ((mask == 0) || ((mask >> count) & 1U));
+    return count >= least && count <= most && (step == 0 || (count - least) % step == 0) &&
+           ((mask == 0) || ((mask >> count) & 1U));
   }
   std::size_t least = 0;
   std::size_t most = std::numeric_limits<std::size_t>::max();
   std::size_t step = 0;
   std::uint64_t mask = 0;  // bit n: n arguments are right; 0: not looked at
 };
-constexpr VEXArgCount exactly(std::size_t n) { return {n, n, 0, 0}; }
-constexpr VEXArgCount atLeast(std::size_t n) { return {n, std::numeric_limits<std::size_t>::max(), 0, 0}; }
-constexpr VEXArgCount between(std::size_t least, std::size_t most) { return {least, most, 0, 0}; }
-constexpr VEXArgCount anyCount() { return {}; }
+constexpr VEXArgCount exactly(std::size_t n) {
+  return {n, n, 0, 0};
+}
+constexpr VEXArgCount atLeast(std::size_t n) {
+  return {n, std::numeric_limits<std::size_t>::max(), 0, 0};
+}
+constexpr VEXArgCount between(std::size_t least, std::size_t most) {
+  return {least, most, 0, 0};
+}
+constexpr VEXArgCount anyCount() {
+  return {};
+}
 // An even number, at least two.
-constexpr VEXArgCount pairs() { return {2, std::numeric_limits<std::size_t>::max(), 2, 0}; }
+constexpr VEXArgCount pairs() {
+  return {2, std::numeric_limits<std::size_t>::max(), 2, 0};
+}
 template <class... Counts>
 constexpr VEXArgCount oneOf(Counts... counts) {
   return {0, 63, 0, ((std::uint64_t{1} << counts) | ...)};
 }
 
 enum class VEXArgKind {
-  Text,      // anything
-  Real,      // a real number; params.real(i)
-  Integer,   // an integer; params.integer(i)
-  Axis,      // X, Y or Z in either case; params.axis(i)
+  Text,     // anything
+  Real,     // a real number; params.real(i)
+  Integer,  // an integer; params.integer(i)
+  Axis,     // X, Y or Z in either case; params.axis(i)
 };
 
 struct VEXArgRule {
-  std::size_t at;           // index of the argument; not tested when the call has fewer
-  const char* name;         // %0 of the failure; %1 is the argument's text
+  std::size_t at;    // index of the argument; not tested when the call has fewer
+  const char* name;  // %0 of the failure; %1 is the argument's text
   VEXArgKind kind;
   std::uint32_t onBad;
 };
@@ -70,9 +82,9 @@ class VEXArgs {
   std::size_t count() const { return texts_.size(); }
   const std::string& text(std::size_t at) const { return texts_[at]; }
   const VEXStringVector& texts() const { return texts_; }
-  double real(std::size_t at) const;             // of an argument ruled Real
-  std::int64_t integer(std::size_t at) const;    // of an argument ruled Integer
-  int axis(std::size_t at) const;                // 0, 1, 2 for x, y, z, of an argument ruled Axis
+  double real(std::size_t at) const;           // of an argument ruled Real
+  std::int64_t integer(std::size_t at) const;  // of an argument ruled Integer
+  int axis(std::size_t at) const;              // 0, 1, 2 for x, y, z, of an argument ruled Axis
 
  private:
   const VEXStringVector& texts_;
@@ -98,3 +110,10 @@ class VEXRuleCommand : public VEXCommand {
 
 // "@Name(a,b,c)", as messages show a call.
 std::string callText(const char* name, const VEXStringVector& params);
+
+// Ends a cm file: the maker that the list of functions calls.
+#define VEX_COMMAND_MAKER(file, Class)        \
+  std::unique_ptr<VEXCommand> make_##file();  \
+  std::unique_ptr<VEXCommand> make_##file() { \
+    return std::make_unique<Class>();         \
+  }

@@ -26,14 +26,16 @@ class VEXChannel {
   VEXChannel& operator=(const VEXChannel&) = delete;
   virtual ~VEXChannel();
 
-  // Closes every sink, then logs how many features were refused (235001).
+  // Closes every sink, then logs how many features were refused (235001). Called once; a channel whose close
+  // failed gets abort().
   virtual VEXStatus close();
   virtual VEXStatus startWriting(VEXGroup&) { return nullptr; }
   // The driver's own write. A status of severity 30 refuses this feature and the run goes on. The shared form offers it to each sink.
   virtual VEXStatus writeFeatureImp(VEXFeature& feature);
   // The whole walk for a group that never was attached.
   virtual VEXStatus writeGroup(VEXGroup& group);
-  // Checks the feature's coordinate system, then writes it. The feature stays with the caller.
+  // Checks the feature's coordinate system (235004: it is not the channel's), then writes it. The feature stays
+  // with the caller. A refused one is counted, logged and passed over.
   virtual VEXStatus writeFeature(VEXFeature& feature);
   virtual VEXStatus startGroup(VEXGroup&) { return nullptr; }
   virtual VEXStatus beforeFeature(VEXFeature&) { return nullptr; }
@@ -45,8 +47,10 @@ class VEXChannel {
   std::int32_t tag() const { return tag_; }
   std::int64_t rejected() const { return rejected_; }
   const std::string& coordSys() const { return coordSys_; }
+  void reportRejected();  // 235001, when anything was refused since the last call
 
  protected:
+  explicit VEXChannel(std::int32_t tag) : tag_(tag) {}  // any tag but kTag makes a channel that is refused
   // A sink is a channel or a consumer; one of the two is set.
   struct Sink {
     std::unique_ptr<VEXChannel> channel;

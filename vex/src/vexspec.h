@@ -72,7 +72,8 @@ class VEXFeatureSpec {
   void collectVariables(VEXStringVector& names) const;
   VEXStatus runFunctions(VEXFeaturePtr& feature, VEXVariableTable& variables, bool sourceSide) const;
   void capture(const VEXFeature* feature, VEXVariableTable& variables) const;
-  void setFromVariables(VEXFeature& feature, const VEXVariableTable& variables, std::string& missing) const;
+  VEXStatus setFromVariables(VEXFeature& feature, const VEXVariableTable& variables, std::string& missing) const;
+  VEXStatus setFromFunctions(VEXFeaturePtr& feature, VEXVariableTable& variables) const;
   void reportIgnored(const VEXFeature& feature) const;
 
   std::string featureType_;
@@ -84,4 +85,9 @@ class VEXFeatureSpec {
   std::vector<std::unique_ptr<VEXCommandParm>> functions_;
   std::vector<VEXAttributeFunction> attrFunctions_;
   bool useFeatureType_ = true;
+
+  // Working space, kept so that the road of a feature allocates nothing.
+  mutable VEXAttributeTable retired_;  // attributes that apply() took off the feature
+  mutable VEXVariableTable unbound_;   // for factories, which have no variables
+  mutable std::string result_;
 };

@@ -3,18 +3,18 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <vector>
 
 class VEXVariableTable {
  public:
   // The slot of a name, added when new. `name` begins with "%".
   std::size_t slotOf(std::string_view name);
-  void clear();                                              // all values become undefined; names stay
-  void set(std::size_t slot, std::string_view value);        // copies
-  void setView(std::size_t slot, std::string_view value) {   // borrows
+  void clear();                                             // all values become undefined; names stay
+  void set(std::size_t slot, std::string_view value);       // copies
+  void setView(std::size_t slot, std::string_view value) {  // borrows
     slots_[slot].value = value;
     slots_[slot].generation = generation_;
   }
@@ -24,7 +24,7 @@ class VEXVariableTable {
   }
   void set(std::string_view name, std::string_view value) { set(slotOf(name), value); }
   bool find(std::string_view name, std::string_view& value) const;  // false when undefined
-  void copyViews();                                          // turns views into copies
+  void copyViews();                                                 // turns views into copies
 
  private:
   struct Slot {
@@ -37,6 +37,6 @@ class VEXVariableTable {
     std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
   };
   std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>> index_;
-  std::vector<Slot> slots_;
+  std::deque<Slot> slots_;  // a view may point into a slot: slots never move
   std::uint64_t generation_ = 1;
 };

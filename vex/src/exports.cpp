@@ -1,0 +1,2 @@
+// The exported functions: each is one line.
+#include "vex/inc/orvane.h"

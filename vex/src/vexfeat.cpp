@@ -1,0 +1,154 @@
+#include "vex/inc/vexfeat.h"
+
+#include "vex/inc/vexassert.h"
+#include "vex/src/cmdparm.h"
+#include "vex/src/vexline.h"
+#include "vex/src/vexrcycl.h"
+
+namespace {
+
+struct GeometryName {
+  std::uint32_t code;
+  const char* name;
+};
+constexpr GeometryName kGeometryNames[] = {
+    {VEX_GEOM_UNDEFINED, "orv_undefined"},
+    {VEX_GEOM_POINT, "orv_point"},
+    {VEX_GEOM_LINE, "orv_line"},
+    {VEX_GEOM_POLYGON, "orv_polygon"},
+    {VEX_GEOM_DONUT, "orv_donut"},
+    {VEX_GEOM_MULTI, "orv_multi"},
+    {VEX_GEOM_MULTI_POINT, "orv_multi_point"},
+    {VEX_GEOM_MULTI_LINE, "orv_multi_line"},
+    {VEX_GEOM_MULTI_POLY, "orv_multi_poly"},
+    {VEX_GEOM_PIP, "orv_pip"},
+    {VEX_GEOM_AGGREGATE, "orv_aggregate"},
+};
+
+const GeometryName* findGeometry(std::uint32_t code) {
+  for (const GeometryName& row : kGeometryNames)
+    if (row.code == code) return &row;
+  return nullptr;
+}
+
+// Cuts a capacity that is far above its use. A capacity within a small factor stays: a recycled feature grows
+// into it again without allocating.
+void trim(std::vector<double>& coords) {
+  constexpr std::size_t kKept = 65536;
+  if (coords.capacity() > kKept && coords.capacity() / 4 > coords.size()) coords.shrink_to_fit();
+}
+
+}  // namespace
+
+void VEXRecycle::operator()(VEXFeature* feature) const noexcept {
+  if (VEXObjectRecycler::exists())
+    VEXObjectRecycler::instance().releaseFeature(feature);
+  else
+    delete feature;
+}
+
+VEXFeature::VEXFeature(int dimension, std::size_t numCoords) : dimension_(dimension == 2 ? 2 : 3) {
+  reserveCoords(numCoords);
+}
+
+void VEXFeature::setGeomType(std::uint32_t code) {
+  static const VEXName kGeometry = VEXName::intern("orv_geometry");
+  geomType_ = isKnownGeomType(code) ? code : static_cast<std::uint32_t>(VEX_GEOM_UNDEFINED);
+  setAttribute(kGeometry, geomTypeName(geomType_));
+}
+
+void VEXFeature::restoreGeometry(std::uint32_t code, int dimension) {
+  geomType_ = code;
+  dimension_ = static_cast<std::uint8_t>(dimension);
+}
+
+bool VEXFeature::isKnownGeomType(std::uint32_t code) {
+  return findGeometry(code) != nullptr;
+}
+
+const char* VEXFeature::geomTypeName(std::uint32_t code) {
+  const GeometryName* row = findGeometry(code);
+  return row != nullptr ? row->name : kGeometryNames[0].name;
+}
+
+void VEXFeature::setDimension(int dimension) {
+  dimension_ = dimension == 2 ? 2 : 3;
+  if (dimension_ == 2)
+    zCoord_.clear();
+  else
+    zCoord_.assign(xCoord_.size(), 0.0);
+}
+
+void VEXFeature::addCoord(double x, double y, double z) {
+  xCoord_.push_back(x);
+  yCoord_.push_back(y);
+  if (dimension_ == 3) zCoord_.push_back(z);
+}
+
+void VEXFeature::reserveCoords(std::size_t count) {
+  xCoord_.reserve(count);
+  yCoord_.reserve(count);
+  if (dimension_ == 3) zCoord_.reserve(count);
+}
+
+void VEXFeature::resetCoords() {
+  xCoord_.clear();
+  yCoord_.clear();
+  zCoord_.clear();
+}
+
+void VEXFeature::trimCoords() {
+  trim(xCoord_);
+  trim(yCoord_);
+  trim(zCoord_);
+}
+
+VEXLine VEXFeature::buildLine() const {
+  VEX_ASSERT(xCoord_.size() == yCoord_.size());
+  if (dimension_ == 2) return VEXLine(xCoord_, yCoord_, geomType_);
+  VEX_ASSERT(xCoord_.size() == zCoord_.size());
+  return VEXLine(xCoord_, yCoord_, zCoord_, geomType_);
+}
+
+void VEXFeature::loadFromLine(VEXLine&& line) {
+  dimension_ = static_cast<std::uint8_t>(line.dimension());
+  xCoord_ = std::move(line.xCoord_);
+  yCoord_ = std::move(line.yCoord_);
+  zCoord_ = std::move(line.zCoord_);
+  setGeomType(line.geomType());
+}
+
+void VEXFeature::reset(int dimension, std::size_t numCoords) {
+  resetAttributes();
+  coordSys_.clear();
+  reprojectionCommands_.clear();
+  geomType_ = VEX_GEOM_UNDEFINED;
+  dimension_ = dimension == 2 ? 2 : 3;
+  resetCoords();
+  reserveCoords(numCoords);
+}
+
+void VEXFeature::cloneFrom(const VEXFeature& source) {
+  coordSys_ = source.coordSys_;
+  dimension_ = source.dimension_;
+  xCoord_ = source.xCoord_;
+  yCoord_ = source.yCoord_;
+  zCoord_ = source.zCoord_;
+  geomType_ = source.geomType_;
+  cloneAttributes(source);
+  reprojectionCommands_ = source.reprojectionCommands_;
+}
+
+VEXFeaturePtr VEXFeature::clone() const {
+  VEXFeaturePtr copy = VEXObjectRecycler::exists() ? VEXObjectRecycler::instance().getFeature(dimension_, numCoords())
+                                                   : VEXFeaturePtr(new VEXFeature(dimension_, numCoords()));
+  copy->cloneFrom(*this);
+  return copy;
+}
+
+VEXStatus VEXFeature::performFunction(std::string_view text, VEXFeaturePtr& feature, std::string& result) {
+  VEXCommandParm call;
+  VEXVariableTable noVariables;
+  VEX_TRY(call.parse(text));
+  return extendStatus(call.execute(feature, noVariables, result));
+}

@@ -1,0 +1,172 @@
+#include "vex/src/vexlog.h"
+
+#include <array>
+#include <cmath>
+#include <ctime>
+
+#include "vex/inc/numtext.h"
+#include "vex/inc/vexassert.h"
+#include "vex/internat/internat.h"
+#include "vex/src/featout.h"
+#include "vex/src/platform/platform.h"
+#include "vex/src/vexconf.h"
+
+VEXLogFile* VEXLogFile::instance_ = nullptr;
+std::FILE* VEXLogFile::consoleSink_ = nullptr;
+
+namespace {
+
+const char* tagOf(VEXSeverity severity) {
+  constexpr std::array<const char*, 6> kTags = {"INFORM", "WARN  ", "ERROR ", "FATAL ", "STATS ", "STATRP"};
+  auto index = static_cast<std::size_t>(severity);
+  return index < kTags.size() ? kTags[index] : "UNKNWN";
+}
+
+// Fixed notation, right-aligned.
+std::string aligned(double value, int decimals, std::size_t width) {
+  std::string text;
+  appendFixed(text, value, decimals);
+  return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
+}
+
+std::string localTime() {
+  std::time_t now = std::time(nullptr);
+  std::tm parts;
+  std::array<char, 32> buffer;
+  if (localtime_r(&now, &parts) == nullptr) return "0000-00-00 00:00:00";
+  return std::string(buffer.data(), std::strftime(buffer.data(), buffer.size(), "%Y-%m-%d %H:%M:%S", &parts));
+}
+
+void reportNewFailure(const std::string& text) {
+  logText(VEXSeverity::Inform, text);
+}
+
+}  // namespace
+
+VEXLogFile::VEXLogFile() : timer_(std::chrono::steady_clock::now()) {
+  VEX_ASSERT(instance_ == NULL);
+  instance_ = this;
+}
+
+VEXLogFile::~VEXLogFile() {
+  VEX_ASSERT(instance_ == this);
+  if (isOpen()) {
+    if (maxFeatures_ > 0 && featuresLogged_ > maxFeatures_)
+      ::logMessage(VEXSeverity::Warn, 246007, {integerText(featuresLogged_ - maxFeatures_)});
+    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - timer_).count();
+    ::logMessage(VEXSeverity::Inform, 246008, {"ORV Session Duration: " + aligned(seconds, 1, 0) + " seconds"});
+  }
+  setFailureHook(nullptr);
+  instance_ = nullptr;
+  if (isOpen()) std::fclose(stream_);
+}
+
+VEXStatus VEXLogFile::open() {
+  std::string name = "NUL:";
+  VEXConfiguration::value("LOG_FILENAME", name);
+  std::string append;
+  bool truncates = VEXConfiguration::value("LOG_APPEND", append) && !VEXConfiguration::flag("LOG_APPEND");
+  VEX_TRY(reopen(name, !truncates));
+  toConsole_ = VEXConfiguration::flag("LOG_STANDARDOUT");
+  timedEcho_ = VEXConfiguration::flag("LOG_TIMINGS");
+  volatile double notANumber = std::nan("");
+  volatile double three = 3.0;
+  if (notANumber == notANumber) ::logMessage(VEXSeverity::Warn, 246005);
+  if (three * three != 9.0) ::logMessage(VEXSeverity::Warn, 246006);
+  std::string value;
+  showTrace_ = VEXConfiguration::debugWord("ORV_STACK_TRACE") || platform::environment("ORV_STACK_TRACE", value);
+  if (VEXConfiguration::debugWord("BADNEWS")) setFailureHook(reportNewFailure);
+  VEXConfiguration::intValue("LOG_MAX_FEATURES", maxFeatures_);
+  return nullptr;
+}
+
+VEXStatus VEXLogFile::reopen(const std::string& name, bool append) {
+  std::FILE* stream = std::fopen(platform::nativePath(name).c_str(), append ? "at" : "wt");
+  if (stream == nullptr) return makeStatus(246011, {name});
+  if (isOpen()) std::fclose(stream_);
+  stream_ = stream;
+  return nullptr;
+}
+
+void VEXLogFile::logMessage(VEXSeverity severity, const std::string& text) {
+  if (!isOpen()) {
+    std::fputs((text + "\n").c_str(), stderr);
+    return;
+  }
+  if (severity != VEXSeverity::StatRp) {
+    if (text == heldText_) {
+      ++repeatCount_;
+      return;
+    }
+    if (repeatCount_ == 1) writeLine(heldSeverity_, heldText_);
+    if (repeatCount_ > 1)
+      writeLine(heldSeverity_, "... Last line repeated " + std::to_string(repeatCount_) + " times ...");
+    heldText_ = text;
+    heldSeverity_ = severity;
+    repeatCount_ = 0;
+  }
+  writeLine(severity, text);
+}
+
+double VEXLogFile::processSeconds() const {
+  double seconds = platform::processSeconds();
+  if (seconds >= 0.0) return seconds;
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - timer_).count();
+}
+
+void VEXLogFile::writeLine(VEXSeverity severity, const std::string& text) {
+  double now = processSeconds();
+  std::string line = localTime() + "|" + aligned(now, 1, 6) + "|" + aligned(now - lastTime_, 1, 5) + "|" +
+                     tagOf(severity) + "|" + text + "\n";
+  if (severity != VEXSeverity::StatRp) {
+    std::fwrite(line.data(), 1, line.size(), stream_);
+    std::fflush(stream_);
+    lastTime_ = now;
+  }
+  if (toConsole_ && consoleSink_ != nullptr) {
+    if (!timedEcho_) line = std::string("|") + tagOf(severity) + "|" + text + "\n";
+    std::fwrite(line.data(), 1, line.size(), consoleSink_);
+    std::fflush(consoleSink_);
+  }
+  if (callback_ != nullptr) {
+    auto code = static_cast<std::int32_t>(severity);
+    callback_(code >= 0 && code <= 5 ? code : 0, text.c_str());
+  }
+}
+
+bool VEXLogFile::takesFeature() {
+  ++featuresLogged_;
+  return maxFeatures_ < 0 || featuresLogged_ <= maxFeatures_;
+}
+
+void VEXLogFile::consoleWrite(std::string_view text) {
+  if (toConsole_ || consoleSink_ == nullptr) return;
+  std::fwrite(text.data(), 1, text.size(), consoleSink_);
+  std::fflush(consoleSink_);
+}
+
+void logText(VEXSeverity severity, const std::string& text) {
+  if (VEXLogFile::instance() != nullptr)
+    VEXLogFile::instance()->logMessage(severity, text);
+  else
+    std::fputs((text + "\n").c_str(), stderr);
+}
+
+void logMessage(VEXSeverity severity, std::uint32_t number, std::initializer_list<std::string_view> parameters) {
+  logText(severity, formatMessage(number, parameters));
+}
+
+void logStatus(const VEXStatusInfo& failure) {
+  logMessage(VEXSeverity::Error, 246009, {failure.message()});
+  if (VEXLogFile::instance() != nullptr && VEXLogFile::instance()->showTrace_)
+    logMessage(VEXSeverity::Error, 246010, {failure.trace()});
+}
+
+void logFeature(const VEXFeature& feature, VEXSeverity severity, std::int64_t maxCoordinates) {
+  if (VEXLogFile::instance() == nullptr || VEXLogFile::instance()->takesFeature())
+    dumpFeature(feature, severity, maxCoordinates);
+}
+
+void consoleWrite(std::string_view text) {
+  if (VEXLogFile::instance() != nullptr) VEXLogFile::instance()->consoleWrite(text);
+}

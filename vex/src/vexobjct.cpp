@@ -1,0 +1,336 @@
+#include "vex/inc/vexobjct.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "vex/inc/numtext.h"
+
+// ---- the table ----
+
+const std::string* VEXAttributeTable::find(VEXName name) const {
+  if (name.isNull()) return nullptr;
+  for (std::int32_t at = buckets_[bucketOf(name)]; at >= 0;) {
+    const Slot& slot = slots_[static_cast<std::size_t>(at)];
+    if (slot.name == name) return &slot.value;
+    at = slot.next;
+  }
+  return nullptr;
+}
+
+std::string& VEXAttributeTable::valueOf(VEXName name) {
+  std::int32_t* link = &buckets_[bucketOf(name)];
+  while (*link >= 0) {
+    Slot& slot = slots_[static_cast<std::size_t>(*link)];
+    if (slot.name == name) return slot.value;
+    link = &slot.next;
+  }
+  std::int32_t at;
+  if (!spare_.empty()) {
+    at = spare_.back();
+    spare_.pop_back();
+  } else {
+    at = static_cast<std::int32_t>(used_++);
+    if (used_ > slots_.size()) {
+      *link = at;  // before the vector moves
+      slots_.push_back(Slot{name, -1, std::string()});
+      ++numEntries_;
+      return slots_.back().value;
+    }
+  }
+  *link = at;
+  ++numEntries_;
+  Slot& slot = slots_[static_cast<std::size_t>(at)];
+  slot.name = name;
+  slot.next = -1;
+  slot.value.clear();
+  return slot.value;
+}
+
+bool VEXAttributeTable::remove(VEXName name) {
+  if (name.isNull()) return false;
+  for (std::int32_t* link = &buckets_[bucketOf(name)]; *link >= 0;) {
+    Slot& slot = slots_[static_cast<std::size_t>(*link)];
+    if (slot.name == name) {
+      spare_.push_back(*link);
+      *link = slot.next;
+      --numEntries_;
+      return true;
+    }
+    link = &slot.next;
+  }
+  return false;
+}
+
+void VEXAttributeTable::clear() {
+  if (used_ == 0) return;
+  std::fill(buckets_.begin(), buckets_.end(), -1);
+  spare_.clear();
+  used_ = 0;
+  numEntries_ = 0;
+}
+
+void VEXAttributeTable::compact() {
+  std::size_t wanted = 4 * numEntries_ + 1;
+  bool loadIsRight = numEntries_ * 2 <= buckets_.size() && numEntries_ * 8 >= buckets_.size();
+  if (loadIsRight || buckets_.size() == wanted) return;
+  std::vector<std::int32_t> old(wanted, -1);
+  old.swap(buckets_);
+  for (std::int32_t head : old) {
+    for (std::int32_t at = head; at >= 0;) {
+      Slot& slot = slots_[static_cast<std::size_t>(at)];
+      std::int32_t next = slot.next;
+      std::int32_t* link = &buckets_[bucketOf(slot.name)];
+      while (*link >= 0) link = &slots_[static_cast<std::size_t>(*link)].next;
+      *link = at;
+      slot.next = -1;
+      at = next;
+    }
+  }
+}
+
+void VEXAttributeTable::copyFrom(const VEXAttributeTable& source) {
+  clear();
+  if (buckets_.size() != source.buckets_.size()) buckets_.assign(source.buckets_.size(), -1);
+  source.forEach([this](VEXName name, const std::string& value) { set(name, value); });
+}
+
+void VEXAttributeTable::swap(VEXAttributeTable& other) noexcept {
+  buckets_.swap(other.buckets_);
+  slots_.swap(other.slots_);
+  spare_.swap(other.spare_);
+  std::swap(used_, other.used_);
+  std::swap(numEntries_, other.numEntries_);
+}
+
+// ---- single attributes ----
+
+namespace {
+
+// The texts of 0 to 255, made once.
+const std::string& smallIntegerText(std::size_t value) {
+  static const std::array<std::string, 256> texts = [] {
+    std::array<std::string, 256> made;
+    for (std::size_t i = 0; i < made.size(); ++i) made[i] = integerText(static_cast<std::int64_t>(i));
+    return made;
+  }();
+  return texts[value];
+}
+
+}  // namespace
+
+const std::string* VEXObject::findAttribute(std::string_view name) const {
+  return attributes_.find(VEXName::find(name));
+}
+
+void VEXObject::setAttribute(std::string_view name, std::string_view value) {
+  if (!name.empty()) attributes_.set(VEXName::intern(name), value);
+}
+
+void VEXObject::setInteger(std::string_view name, std::int64_t value) {
+  if (value >= 0 && value < 256)
+    setAttribute(name, smallIntegerText(static_cast<std::size_t>(value)));
+  else
+    setAttribute(name, integerText(value));
+}
+
+void VEXObject::setReal(std::string_view name, double value) {
+  setAttribute(name, realText(value));
+}
+
+bool VEXObject::getString(std::string_view name, std::string& value) const {
+  const std::string* found = findAttribute(name);
+  if (found != nullptr) value = *found;
+  return found != nullptr;
+}
+
+bool VEXObject::getInteger(std::string_view name, std::int32_t& value) const {
+  const std::string* found = findAttribute(name);
+  return found != nullptr && textToInteger(*found, value);
+}
+
+bool VEXObject::getReal(std::string_view name, double& value) const {
+  const std::string* found = findAttribute(name);
+  return found != nullptr && textToReal(*found, value);
+}
+
+void VEXObject::removeAttribute(std::string_view name) {
+  attributes_.remove(VEXName::find(name));
+}
+
+void VEXObject::allAttributeNames(VEXStringVector& names) const {
+  attributes_.forEach([&names](VEXName name, const std::string&) { names.push_back(name.text()); });
+}
+
+// ---- sequence ----
+
+void VEXObject::removeFromSequence(VEXName name) {
+  auto place = std::find(sequencedAttrNames_.begin(), sequencedAttrNames_.end(), name);
+  if (place != sequencedAttrNames_.end()) sequencedAttrNames_.erase(place);
+}
+
+void VEXObject::setSequenced(VEXName name, std::string_view value) {
+  if (attributeExists(name)) removeFromSequence(name);  // only a name in the table can stand in the sequence twice
+  attributes_.set(name, value);
+  sequencedAttrNames_.push_back(name);
+}
+
+void VEXObject::orderedAttributes(VEXStringVector& names, VEXStringVector& values) const {
+  std::vector<VEXName> offered;
+  for (VEXName name : sequencedAttrNames_) {
+    const std::string* value = attributes_.find(name);
+    if (name.isListName() || value == nullptr) continue;
+    const std::string& text = name.text();
+    std::size_t colon = text[0] == ' ' ? text.find(':') : std::string::npos;
+    names.push_back(colon == std::string::npos ? text : text.substr(colon + 1));
+    values.push_back(*value);
+    offered.push_back(name);
+  }
+  attributes_.forEach([&](VEXName name, const std::string& value) {
+    if (name.isListName() || std::find(offered.begin(), offered.end(), name) != offered.end()) return;
+    names.push_back(name.text());
+    values.push_back(value);
+  });
+}
+
+// ---- lists ----
+
+namespace {
+
+VEXStatus checkListTemplate(std::string_view name, std::size_t& brace) {
+  brace = name.find("{}");
+  if (brace == std::string_view::npos) return makeStatus(879001, {name});
+  if (name.find("{}", brace + 2) != std::string_view::npos) return makeStatus(879002, {name});
+  return nullptr;
+}
+
+// "part{}.height" and 3 to "part{3}.height".
+std::string elementName(std::string_view listName, std::size_t brace, std::size_t index) {
+  std::string name(listName.substr(0, brace + 1));
+  appendInteger(name, static_cast<std::int64_t>(index));
+  return name += listName.substr(brace + 1);
+}
+
+}  // namespace
+
+VEXStatus VEXObject::getList(std::string_view name, VEXStringVector& values, bool& found) const {
+  std::size_t brace = 0;
+  VEX_TRY(checkListTemplate(name, brace));
+  values.clear();
+  while (const std::string* value = findAttribute(elementName(name, brace, values.size()))) values.push_back(*value);
+  found = !values.empty();
+  return nullptr;
+}
+
+VEXStatus VEXObject::setList(std::string_view name, const VEXStringVector& values) {
+  std::size_t brace = 0;
+  VEX_TRY(checkListTemplate(name, brace));
+  for (std::size_t i = 0; i < values.size(); ++i) setSequenced(elementName(name, brace, i), values[i]);
+  return nullptr;
+}
+
+VEXStatus VEXObject::removeList(std::string_view name) {
+  std::size_t brace = 0;
+  VEX_TRY(checkListTemplate(name, brace));
+  for (std::size_t i = 0;; ++i) {
+    VEXName element = VEXName::find(elementName(name, brace, i));
+    if (!attributes_.remove(element)) return nullptr;
+  }
+}
+
+VEXStatus VEXObject::setPairs(std::string_view nameTemplate, std::string_view pairText) {
+  std::size_t brace = 0;
+  VEX_TRY(checkListTemplate(nameTemplate, brace));
+  std::vector<std::string> pieces;
+  if (!pairText.empty()) splitAt(pairText, kListMark, pieces);
+  if (pieces.size() % 2 != 0) pieces.emplace_back();
+  for (std::size_t i = 0; i < pieces.size(); i += 2)
+    if (pieces[i].find('{') == std::string::npos) return makeStatus(879003, {pieces[i]});
+  for (std::size_t i = 0; i < pieces.size(); i += 2) {
+    std::string_view index = std::string_view(pieces[i]).substr(0, pieces[i].find('{'));
+    std::string name(nameTemplate.substr(0, brace + 1));
+    name += index;
+    name += nameTemplate.substr(brace + 1);
+    setAttribute(name, pieces[i + 1]);
+  }
+  return nullptr;
+}
+
+std::string VEXObject::pairs(std::string_view prefix) const {
+  std::string text;
+  attributes_.forEach([&](VEXName name, const std::string& value) {
+    if (!std::string_view(name.text()).starts_with(prefix)) return;
+    if (!text.empty()) text += kListMark;
+    text += name.text();
+    text += kListMark;
+    text += value;
+  });
+  return text;
+}
+
+// ---- the whole object ----
+
+void VEXObject::resetAttributes() {
+  clearAttributes();
+  featureType_.clear();
+}
+
+void VEXObject::clearAttributes() {
+  attributes_.clear();
+  sequencedAttrNames_.clear();
+}
+
+void VEXObject::cloneAttributes(const VEXObject& source) {
+  attributes_.copyFrom(source.attributes_);
+  sequencedAttrNames_ = source.sequencedAttrNames_;
+  featureType_ = source.featureType_;
+}
+
+void VEXObject::mergeAttributes(const VEXObject& source) {
+  source.attributes_.forEach([this](VEXName name, const std::string& value) {
+    if (attributes_.find(name) == nullptr) attributes_.set(name, value);
+  });
+}
+
+void VEXObject::overwriteAttributes(const VEXObject& source) {
+  source.attributes_.forEach([this](VEXName name, const std::string& value) { attributes_.set(name, value); });
+}
+
+void VEXObject::upperCaseNames() {
+  VEXAttributeTable upper;
+  attributes_.forEach(
+      [&](VEXName name, const std::string& value) { upper.set(VEXName::intern(upperCased(name.text())), value); });
+  attributes_.swap(upper);
+  for (VEXName& name : sequencedAttrNames_) name = VEXName::intern(upperCased(name.text()));
+}
+
+std::string VEXObject::textForm() const {
+  std::string text = featureType_;
+  attributes_.forEach(
+      [&text](VEXName name, const std::string& value) { ((text += '+') += name.text() + '+') += value; });
+  return text;
+}
+
+void VEXObject::moveAttributesTo(VEXAttributeTable& spare) {
+  attributes_.swap(spare);
+  clearAttributes();
+}
+
+namespace {
+
+std::string withUnderscores(std::string_view text, std::string_view replaced) {
+  std::string form(text);
+  for (char& c : form)
+    if (replaced.find(c) != std::string_view::npos) c = '_';
+  return form;
+}
+
+}  // namespace
+
+std::string fileNameForm(std::string_view text) {
+  return withUnderscores(text, "<>:\"/\\|.");
+}
+
+std::string identifierForm(std::string_view text) {
+  return withUnderscores(text, "<>\"/\\&-@#$|:!~ ");
+}
