@@ -1,0 +1,147 @@
+// Attributes: the table and its compaction, sequence, lists, numbers in texts.
+#include <gtest/gtest.h>
+
+#include "vex/inc/numtext.h"
+#include "vex/inc/vexobjct.h"
+
+namespace {
+
+std::uint32_t numberOf(const VEXStatus& status) { return status == nullptr ? 0 : status->messageNumber(); }
+
+TEST(AttributeTable, SurvivesRandomSetsAndRemovals) {
+  VEXAttributeTable table;
+  std::vector<std::string> expected(200);
+  std::vector<bool> present(200, false);
+  std::uint32_t state = 20260101;
+  std::size_t count = 0;
+  for (int step = 0; step < 20000; ++step) {
+    state = state * 1664525U + 1013904223U;
+    std::size_t which = (state >> 8) % expected.size();
+    VEXName name = VEXName::intern("a" + std::to_string(which));
+    if ((state >> 4) % 3 == 0) {
+      EXPECT_EQ(table.remove(name), present[which]);
+      count -= present[which] ? 1 : 0;
+      present[which] = false;
+    } else {
+      expected[which] = std::to_string(step);
+      table.set(name, expected[which]);
+      count += present[which] ? 0 : 1;
+      present[which] = true;
+    }
+    if (step % 97 == 0) table.compact();
+    ASSERT_EQ(table.entries(), count);
+  }
+  std::size_t walked = 0;
+  table.forEach([&](VEXName name, const std::string& value) {
+    std::size_t which = std::stoul(name.text().substr(1));
+    EXPECT_TRUE(present[which]);
+    EXPECT_EQ(value, expected[which]);
+    ++walked;
+  });
+  EXPECT_EQ(walked, count);
+}
+
+TEST(AttributeTable, CompactionKeepsTheLoadBetweenAnEighthAndAHalf) {
+  struct Row {
+    std::size_t entries, buckets;
+  };
+  for (const Row& row : {Row{1, 5}, Row{2, 9}, Row{3, 17}, Row{8, 17}, Row{9, 37}, Row{100, 401}}) {
+    VEXAttributeTable table;
+    for (std::size_t i = 0; i < row.entries; ++i) table.set(VEXName::intern("n" + std::to_string(i)), "v");
+    table.compact();
+    EXPECT_EQ(table.buckets(), row.buckets) << row.entries;
+    EXPECT_EQ(table.entries(), row.entries);
+  }
+}
+
+TEST(AttributeTable, RefillAfterClearDoesNotSeeOldValues) {
+  VEXAttributeTable table;
+  table.set(VEXName::intern("x"), "a long text that does not fit into the string itself");
+  table.clear();
+  EXPECT_EQ(table.find(VEXName::intern("x")), nullptr);
+  EXPECT_EQ(table.valueOf(VEXName::intern("y")), "");
+}
+
+TEST(Object, SequenceMovesANameToTheEnd) {
+  VEXObject object;
+  for (const char* name : {"b", "a", "c", "b"}) object.setSequenced(name, name);
+  object.setAttribute("z", "1");
+  object.setAttribute("list{0}", "hidden");
+  object.setSequenced(" t:tagged", "2");
+  VEXStringVector names;
+  VEXStringVector values;
+  object.orderedAttributes(names, values);
+  EXPECT_EQ(joined(names, " "), "a c b tagged z");
+  EXPECT_EQ(joined(values, " "), "a c b 2 1");
+}
+
+TEST(Object, Lists) {
+  VEXObject object;
+  VEXStringVector values;
+  bool found = true;
+  EXPECT_EQ(numberOf(object.getList("a", values, found)), 879001U);
+  EXPECT_EQ(numberOf(object.setList("a{}.b{}", {"x"})), 879002U);
+  for (const char* index : {"0", "1", "3"}) object.setAttribute("p{" + std::string(index) + "}.h", index);
+  EXPECT_EQ(object.getList("p{}.h", values, found), nullptr);
+  EXPECT_EQ(joined(values, " "), "0 1");
+  EXPECT_EQ(object.setList("p{}.h", {"9"}), nullptr);
+  EXPECT_EQ(object.getList("p{}.h", values, found), nullptr);
+  EXPECT_EQ(joined(values, " "), "9 1") << "elements behind the new list stay";
+  EXPECT_EQ(object.removeList("p{}.h"), nullptr);
+  EXPECT_FALSE(object.attributeExists("p{1}.h"));
+  EXPECT_TRUE(object.attributeExists("p{3}.h"));
+  EXPECT_EQ(object.getList("none{}", values, found), nullptr);
+  EXPECT_FALSE(found);
+  EXPECT_EQ(numberOf(object.setPairs("q{}", "ab\x02v")), 879003U);
+  EXPECT_EQ(object.setPairs("q{}", "0{}\x02zero\x02" "1{}\x02"), nullptr);
+  EXPECT_EQ(*object.findAttribute("q{0}"), "zero");
+  EXPECT_EQ(*object.findAttribute("q{1}"), "");
+}
+
+TEST(Object, MergeKeepsAndOverwriteReplaces) {
+  VEXObject target;
+  VEXObject source;
+  target.setFlag("flag");
+  source.setAttribute("flag", "other");
+  source.setAttribute("new", "n");
+  target.mergeAttributes(source);
+  EXPECT_EQ(*target.findAttribute("flag"), "");
+  EXPECT_EQ(*target.findAttribute("new"), "n");
+  target.overwriteAttributes(source);
+  EXPECT_EQ(*target.findAttribute("flag"), "other");
+  target.setSequenced("mixed", "1");
+  target.upperCaseNames();
+  EXPECT_TRUE(target.attributeExists("MIXED"));
+  EXPECT_EQ(target.sequence().back().text(), "MIXED");
+}
+
+TEST(NumberText, IntegersAreStrict) {
+  struct Row {
+    const char* text;
+    bool isInteger;
+    std::int32_t value;
+  };
+  for (const Row& row : {Row{"", false, 0}, Row{"12", true, 12}, Row{"-7", true, -7}, Row{"+7", true, 7},
+                         Row{"12.000 ", true, 12}, Row{"12.", true, 12}, Row{"12.5", false, 12}, Row{"12 ", false, 12},
+                         Row{"x", false, 0}, Row{"+-1", false, 0}, Row{"2147483648", false, 0}}) {
+    std::int32_t value = 99;
+    EXPECT_EQ(textToInteger(row.text, value), row.isInteger) << row.text;
+    EXPECT_EQ(value, row.value) << row.text;
+  }
+}
+
+TEST(NumberText, Reals) {
+  struct Row {
+    double value;
+    const char* text;
+  };
+  for (const Row& row : {Row{0.1, "0.1"}, Row{1e15, "1e+15"}, Row{123456789.125, "123456789.125"}, Row{-0.0, "-0"},
+                         Row{1.0 / 3.0, "0.333333333333333"}})
+    EXPECT_EQ(realText(row.value), row.text);
+  double value = 5.0;
+  EXPECT_TRUE(textToReal(" 1e3 ", value));
+  EXPECT_EQ(value, 1000.0);
+  for (const char* text : {"", "1x", "--1", "1 2"}) EXPECT_FALSE(textToReal(text, value)) << text;
+}
+
+}  // namespace
