@@ -1,0 +1,35 @@
+// VEXOutputFormat: shapes a value to the column type of a _DEF row, for writers of text that keeps declared types:
+// number(<width>,<decimals>) is written with exactly so many decimals, integer types without any, text as it stands.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "vex/inc/statinfo.h"
+
+class VEXOutputFormat {
+ public:
+  enum class Kind : std::uint8_t { Text, Number, Small, Integer };
+
+  // Takes a type text apart. 876002 to 876007 for a number type that is written wrongly.
+  static VEXStatus parse(std::string_view typeText, VEXOutputFormat& format);
+
+  // The text of a value, replacing `out`. False when it does not fit: longer than the width, or out of the integer
+  // range. `out` holds what it would have been.
+  bool format(double value, std::string& out) const;
+  // The same from text. False, too, for a text that is no number. An empty text gives an empty one, and a text
+  // column takes any text as it stands.
+  bool format(std::string_view value, std::string& out) const;
+
+  Kind kind() const { return kind_; }
+  std::int32_t width() const { return width_; }
+  std::int32_t decimals() const { return decimals_; }
+
+ private:
+  bool keepsText(std::string_view value, std::string& out) const;
+
+  Kind kind_ = Kind::Text;
+  std::int32_t width_ = 0;
+  std::int32_t decimals_ = 0;
+};

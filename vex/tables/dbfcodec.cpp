@@ -1,0 +1,251 @@
+#include "vex/tables/dbfcodec.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <ctime>
+
+#include "vex/inc/numtext.h"
+#include "vex/src/bytecur.h"
+
+namespace dbf {
+
+namespace {
+
+constexpr std::uint64_t kEightBlanks = 0x2020202020202020;
+
+// The first byte of a two-byte character in the code pages that have them.
+bool leadsPair(unsigned char c) { return (c >= 129 && c <= 175) || (c >= 224 && c <= 252); }
+
+// Calls visit(character, isPair) for each byte, both bytes of a pair marked.
+template <class Visit>
+void walkName(std::string_view name, Visit&& visit) {
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const bool isPair = leadsPair(static_cast<unsigned char>(name[i])) && i + 1 < name.size();
+    visit(name[i], isPair);
+    if (isPair) visit(name[++i], true);
+  }
+}
+
+void putInteger(std::string& bytes, std::size_t base, Place place, std::uint64_t value) {
+  for (std::size_t i = 0; i < place.width; ++i) bytes[base + place.offset + i] = static_cast<char>(value >> (8 * i));
+}
+
+std::size_t withoutTrailingBlanks(const char* bytes, std::size_t length) {
+  while (length >= 8) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes + length - 8, sizeof word);
+    if (word != kEightBlanks) break;
+    length -= 8;
+  }
+  while (length > 0 && bytes[length - 1] == ' ') --length;
+  return length;
+}
+
+bool isDigit(char c) { return static_cast<unsigned char>(c - '0') < 10; }
+
+// The parts of a number in plain notation: sign and whole digits, then the digits behind the point.
+struct PlainNumber {
+  std::size_t wholeLength = 0;
+  std::string_view decimals;
+};
+
+bool splitPlainNumber(std::string_view text, PlainNumber& number) {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  if (*at == '-' || *at == '+') ++at;
+  const char* const firstDigit = at;
+  while (at < end && isDigit(*at)) ++at;
+  std::size_t numDigits = static_cast<std::size_t>(at - firstDigit);
+  number.wholeLength = static_cast<std::size_t>(at - text.data());
+  if (at < end && *at == '.') {
+    const char* const firstDecimal = ++at;
+    while (at < end && isDigit(*at)) ++at;
+    number.decimals = std::string_view(firstDecimal, static_cast<std::size_t>(at - firstDecimal));
+    numDigits += number.decimals.size();
+  }
+  return at == end && numDigits > 0;
+}
+
+bool putPlainNumber(char* place, std::size_t width, std::size_t decimals, std::string_view text,
+                    const PlainNumber& number) {
+  const std::size_t length = number.wholeLength + (decimals == 0 ? 0 : 1 + decimals);
+  if (length > width && (decimals == 0 || number.wholeLength >= width)) return false;
+  char* at = place + (length < width ? width - length : 0);
+  std::memcpy(at, text.data(), number.wholeLength);
+  if (decimals == 0) return true;
+  at += number.wholeLength;
+  *at++ = '.';
+  const auto room = static_cast<std::size_t>(place + width - at);
+  const std::size_t kept = std::min({number.decimals.size(), decimals, room});
+  std::copy_n(number.decimals.data(), kept, at);
+  std::fill_n(at + kept, std::min(decimals, room) - kept, '0');
+  return true;
+}
+
+// A number with an exponent is spelled out: its decimals cannot be cut or padded as they stand. One that is
+// too long spelled out is stored as it came.
+bool putScaledNumber(char* place, std::size_t width, std::size_t decimals, std::string_view text) {
+  double value = 0.0;
+  if (text.find_first_of("eE") == std::string_view::npos || !textToReal(text, value) || !std::isfinite(value))
+    return false;
+  std::string spelled;
+  appendFixed(spelled, value, static_cast<int>(decimals));
+  PlainNumber number;
+  if (splitPlainNumber(spelled, number) && spelled.size() <= width)
+    return putPlainNumber(place, width, decimals, spelled, number);
+  if (text.size() > width) return false;
+  std::memcpy(place + width - text.size(), text.data(), text.size());
+  return true;
+}
+
+}  // namespace
+
+bool decodeHeader(std::string_view bytes, Header& header) {
+  if (bytes.size() < kHeaderBytes) return false;
+  VEXByteCursor cursor(bytes);
+  header.version = cursor.u8();
+  header.year = cursor.u8();
+  header.month = cursor.u8();
+  header.day = cursor.u8();
+  header.numRecords = cursor.u32le();
+  header.headerLength = cursor.u16le();
+  header.recordLength = cursor.u16le();
+  cursor.moveTo(kLanguage.offset);
+  header.language = cursor.u8();
+  return true;
+}
+
+void encodeHeader(const Header& header, std::string& out) {
+  const std::size_t base = out.size();
+  out.append(kHeaderBytes, '\0');
+  putInteger(out, base, kVersion, header.version);
+  putInteger(out, base, kYear, header.year);
+  putInteger(out, base, kMonth, header.month);
+  putInteger(out, base, kDay, header.day);
+  putInteger(out, base, kNumRecords, header.numRecords);
+  putInteger(out, base, kHeaderLength, header.headerLength);
+  putInteger(out, base, kRecordLength, header.recordLength);
+  putInteger(out, base, kLanguage, header.language);
+}
+
+void encodeField(const Field& field, std::string& out) {
+  const std::size_t base = out.size();
+  out.append(kFieldBytes, '\0');
+  out.replace(base + kFieldName.offset, std::min(field.name.size(), kFieldName.width), field.name, 0, kFieldName.width);
+  out[base + kFieldType.offset] = field.type;
+  putInteger(out, base, kFieldLength, field.length);
+  putInteger(out, base, kFieldDecimals, field.decimals);
+}
+
+void setToday(Header& header) {
+  const std::time_t now = std::time(nullptr);
+  std::tm today{};
+  if (now == static_cast<std::time_t>(-1) || localtime_r(&now, &today) == nullptr) return;
+  header.year = static_cast<std::uint8_t>(today.tm_year);
+  header.month = static_cast<std::uint8_t>(today.tm_mon + 1);
+  header.day = static_cast<std::uint8_t>(today.tm_mday);
+}
+
+void decodeFields(std::string_view headerBytes, const Header& header, std::vector<Field>& fields,
+                  std::vector<std::string>& beyond) {
+  fields.clear();
+  beyond.clear();
+  std::uint32_t total = 1;
+  std::uint32_t wideTotal = 1;
+  for (std::size_t at = kHeaderBytes; at + kFieldBytes <= headerBytes.size(); at += kFieldBytes) {
+    const std::string_view bytes = headerBytes.substr(at, kFieldBytes);
+    // No name begins with a control character; 0x0A is seen in place of the terminator, zeros behind it.
+    if (static_cast<unsigned char>(bytes[0]) < ' ') break;
+    Field& field = fields.emplace_back();
+    field.name = textValue(bytes.substr(kFieldName.offset, kFieldName.width));
+    field.type = bytes[kFieldType.offset];
+    field.length = static_cast<unsigned char>(bytes[kFieldLength.offset]);
+    field.decimals = static_cast<unsigned char>(bytes[kFieldDecimals.offset]);
+    total += field.length;
+    wideTotal += field.length + (field.type == 'C' ? 256 * field.decimals : 0);
+  }
+  const bool isWide = total != header.recordLength && wideTotal == header.recordLength;
+  std::uint32_t offset = 1;
+  std::size_t numFitting = 0;
+  for (Field& field : fields) {
+    if (isWide && field.type == 'C') {
+      field.length += 256 * field.decimals;
+      field.decimals = 0;
+    }
+    field.offset = offset;
+    offset += field.length;
+    if (offset <= header.recordLength)
+      ++numFitting;
+    else
+      beyond.push_back(field.name);
+  }
+  fields.resize(numFitting);
+}
+
+std::string nameForm(std::string_view name) {
+  std::string bare(name);
+  std::erase(bare, '-');
+  std::string form;
+  walkName(bare, [&form](char c, bool isPair) { form += !isPair && c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+  return form;
+}
+
+bool hasLowerCase(std::string_view name) {
+  bool found = false;
+  walkName(name, [&found](char c, bool isPair) { found = found || (!isPair && c >= 'a' && c <= 'z'); });
+  return found;
+}
+
+std::string_view textValue(std::string_view bytes) {
+  const std::size_t length = withoutTrailingBlanks(bytes.data(), bytes.size());
+  if (length == 0) return {};
+  const void* zero = std::memchr(bytes.data(), 0, length);
+  if (zero == nullptr) return bytes.substr(0, length);
+  const auto upToZero = static_cast<std::size_t>(static_cast<const char*>(zero) - bytes.data());
+  return bytes.substr(0, withoutTrailingBlanks(bytes.data(), upToZero));
+}
+
+std::string_view numberValue(std::string_view bytes) {
+  const char* at = bytes.data();
+  const char* end = at + bytes.size();
+  while (at < end && *at == ' ') ++at;
+  const char* point = nullptr;
+  const char* stop = at;
+  bool hasExponent = false;
+  for (; stop < end && *stop != '\0'; ++stop) {
+    if (isDigit(*stop)) continue;
+    if (*stop == '.') point = stop;
+    hasExponent = hasExponent || *stop == 'e' || *stop == 'E';
+  }
+  while (stop > at && stop[-1] == ' ') --stop;
+  if (point != nullptr && !hasExponent) {
+    while (stop > point + 1 && stop[-1] == '0') --stop;
+    if (stop == point + 1) stop = point;
+  }
+  return stop == at ? std::string_view("0") : std::string_view(at, static_cast<std::size_t>(stop - at));
+}
+
+std::string_view logicalValue(std::string_view bytes) {
+  switch (bytes.empty() ? ' ' : bytes.front()) {
+    case 'T': case 't': case 'Y': case 'y': return "true";
+    case 'F': case 'f': case 'N': case 'n': return "false";
+    default: return {};
+  }
+}
+
+void putText(char* place, std::size_t width, std::string_view text) {
+  std::copy_n(text.data(), std::min(width, text.size()), place);
+}
+
+bool putNumber(char* place, std::size_t width, std::size_t decimals, std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  if (text.empty()) return true;
+  PlainNumber number;
+  if (splitPlainNumber(text, number)) [[likely]]
+    return putPlainNumber(place, width, decimals, text, number);
+  return putScaledNumber(place, width, decimals, text);
+}
+
+}  // namespace dbf

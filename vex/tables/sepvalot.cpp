@@ -1,0 +1,117 @@
+#include "vex/tables/sepvalot.h"
+
+#include <cstring>
+
+#include "vex/inc/numtext.h"
+#include "vex/src/vexlog.h"
+#include "vex/tables/sepvalin.h"
+
+namespace {
+
+constexpr std::size_t kLongestInPlace = std::size_t{1} << 16;  // longer rows go piece by piece
+
+// Copies a short text: most values are a few bytes, for which a call costs more than the copy.
+char* put(char* at, std::string_view text) {
+  const std::size_t size = text.size();
+  const char* const from = text.data();
+  if (size >= 8 && size <= 16) {
+    std::memcpy(at, from, 8);
+    std::memcpy(at + size - 8, from + size - 8, 8);
+  } else if (size > 16) {
+    std::memcpy(at, from, size);
+  } else {
+    for (std::size_t i = 0; i < size; ++i) at[i] = from[i];
+  }
+  return at + size;
+}
+
+}  // namespace
+
+VEXSeparatedOutput::~VEXSeparatedOutput() {
+  if (VEXStatus failure = close()) logMessage(VEXSeverity::Error, 308001, {path(), failure->message()});
+}
+
+VEXStatus VEXSeparatedOutput::open() {
+  if (!file_.open(path())) return makeStatus(308003, {path(), file_.errorText()});
+  logMessage(VEXSeverity::Inform, 308004, {path()});
+  return nullptr;
+}
+
+VEXStatus VEXSeparatedOutput::addField(std::string_view name, std::string_view typeSpec) {
+  if (name == "CSV_SEPARATOR") {
+    if (!parseSeparator(typeSpec, separator_)) return makeStatus(308005, {path(), typeSpec});
+    return nullptr;
+  }
+  if (name == "CSV_OUTPUT_FIELDNAMES") {
+    namesWanted_ = equalsIgnoringCase(typeSpec, "YES");
+    return nullptr;
+  }
+  if (hasColumn(name)) return makeStatus(308006, {path(), name});
+  VEXOutputFormat format;
+  VEX_TRY(VEXOutputFormat::parse(typeSpec, format));
+  if (format.kind() != VEXOutputFormat::Kind::Text)
+    shaped_.push_back({.column = columnNames_.size(), .typeText = std::string(typeSpec), .format = format, .text = {}});
+  columnNames_.emplace_back(name);
+  return nullptr;
+}
+
+VEXStatus VEXSeparatedOutput::writeRow(VEXTableRow fields) {
+  if (fields.size() != columnNames_.size())
+    return makeStatus(308009, {path(), integerText(static_cast<std::int64_t>(fields.size())),
+                               integerText(static_cast<std::int64_t>(columnNames_.size()))});
+  if (!appendNames()) return makeStatus(308007, {path(), file_.errorText()});
+  if (!shaped_.empty()) {
+    row_.assign(fields.begin(), fields.end());
+    for (Shaped& shaped : shaped_) {
+      std::string_view& value = row_[shaped.column];
+      if (shaped.format.format(value, shaped.text))
+        value = shaped.text;
+      else
+        ++shaped.numUnsuited;
+    }
+    fields = row_;
+  }
+  if (!appendRow(fields)) return makeStatus(308008, {path(), file_.errorText()});
+  return nullptr;
+}
+
+// The first row, once, when it was asked for.
+bool VEXSeparatedOutput::appendNames() {
+  if (!namesWanted_) return true;
+  namesWanted_ = false;
+  const std::vector<std::string_view> names(columnNames_.begin(), columnNames_.end());
+  return appendRow(names);
+}
+
+bool VEXSeparatedOutput::appendRow(VEXTableRow fields) {
+  std::size_t length = fields.empty() ? 1 : fields.size();  // separators and the line end
+  for (const std::string_view field : fields) length += field.size();
+  if (length <= kLongestInPlace) [[likely]] {
+    char* at = file_.appendSpace(length);
+    if (at == nullptr) return false;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      if (i > 0) *at++ = separator_;
+      at = put(at, fields[i]);
+    }
+    *at = '\n';
+    return true;
+  }
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    if (i > 0) file_.append(std::string_view(&separator_, 1));
+    file_.append(fields[i]);
+  }
+  return file_.append("\n");
+}
+
+VEXStatus VEXSeparatedOutput::close() {
+  if (!file_.isOpen()) return nullptr;
+  appendNames();  // of a table without rows
+  for (const Shaped& shaped : shaped_)
+    if (shaped.numUnsuited > 0)
+      logMessage(VEXSeverity::Warn, 308010,
+                 {path(), columnNames_[shaped.column], integerText(shaped.numUnsuited), shaped.typeText});
+  if (!file_.failed() && file_.close()) return nullptr;
+  const std::string reason = file_.errorText();
+  abort();
+  return makeStatus(308002, {path(), reason});
+}

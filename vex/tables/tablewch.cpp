@@ -1,0 +1,37 @@
+#include "vex/tables/tablewch.h"
+
+#include <filesystem>
+
+#include "vex/src/platform/platform.h"
+
+TableWriteChannel::TableWriteChannel(std::unique_ptr<VEXTableOutput> output, VEXTableDefinition definition)
+    : output_(std::move(output)), definition_(std::move(definition)) {}
+
+TableWriteChannel::~TableWriteChannel() = default;
+
+VEXStatus TableWriteChannel::startGroup(VEXGroup&) {
+  const std::string directory = std::filesystem::path(output_->path()).parent_path().string();
+  if (!directory.empty() && !platform::isDirectory(directory) && !platform::makeDirectories(directory))
+    return makeStatus(316005, {directory, output_->path(), definition_.featureType});
+  VEX_TRY(output_->open());
+  for (const auto& [name, typeSpec] : definition_.fields) VEX_TRY(output_->addField(name, typeSpec));
+  columns_.clear();
+  for (const std::string& name : output_->columnNames()) columns_.push_back(VEXName::intern(name));
+  row_.assign(columns_.size(), {});
+  return nullptr;
+}
+
+VEXStatus TableWriteChannel::writeFeatureImp(VEXFeature& feature) {
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    const std::string* value = feature.findAttribute(columns_[i]);
+    row_[i] = value == nullptr ? std::string_view() : std::string_view(*value);
+  }
+  return extendStatus(output_->writeRow(row_));
+}
+
+VEXStatus TableWriteChannel::close() {
+  VEX_TRY(output_->close());
+  return extendStatus(VEXChannel::close());
+}
+
+void TableWriteChannel::abort() { output_->abort(); }
