@@ -38,18 +38,19 @@ VEXStatus readMessageLine(std::string_view line) {
   return nullptr;
 }
 
+VEXStatus unreadable(const std::string& path) {
+  return makeTextStatus(kSeverityFailure,
+                        "Unable to open file: " + path + ".  Make sure the file exists and can be opened.");
+}
+
 VEXStatus readMessageFile(const std::string& path) {
   VEXInputFile file;
-  auto unreadable = [&path] {
-    return makeTextStatus(kSeverityFailure,
-                          "Unable to open file: " + path + ".  Make sure the file exists and can be opened.");
-  };
-  if (!file.open(path)) return unreadable();
+  if (!file.open(path)) return unreadable(path);
   std::string_view line;
   for (;;) {
     VEXInputFile::Line got = file.readLine(line);
     if (got == VEXInputFile::Line::End) return nullptr;
-    if (got != VEXInputFile::Line::Ok) return unreadable();
+    if (got != VEXInputFile::Line::Ok) return unreadable(path);
     VEX_TRY(readMessageLine(line));
   }
 }
@@ -61,7 +62,7 @@ VEXStatus loadMessages(const std::string& home) {
   table() = std::make_unique<MessageTable>();
   std::string directory = home + "messages";
   std::vector<std::string> names;
-  platform::listDirectory(directory, names);
+  if (!platform::listDirectory(directory, names)) return unreadable(directory);
   for (auto name = names.rbegin(); name != names.rend(); ++name)
     if (name->size() > 2) VEX_TRY(readMessageFile(directory + "/" + *name));
   std::string value;

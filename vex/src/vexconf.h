@@ -10,6 +10,8 @@
 
 #include "vex/inc/statinfo.h"
 #include "vex/inc/stkdefs.h"
+#include "vex/inc/vexfeat.h"
+#include "vex/src/tabrdr.h"
 
 class VEXConfiguration {
  public:
@@ -19,7 +21,8 @@ class VEXConfiguration {
   VEXConfiguration& operator=(const VEXConfiguration&) = delete;
 
   // Reads the mapping file (none when the name is empty), applies the command-line pairs, computes $[@...].
-  // Fails with 236001 (odd number of arguments), 236002 and the numbers of the row reader (261xxx).
+  // Fails with 236001 (odd number of arguments), 236002 ($[...] without a feature to run on), 236007 ($[...] never
+  // ends), the numbers of the row reader (261xxx) and those of the functions called.
   static VEXStatus load(const std::string& mappingFileName, int argc, const char* const* argv);
 
   static void rewind();
@@ -46,10 +49,12 @@ class VEXConfiguration {
   static std::string normalisePath(std::string_view path);
 
  private:
-  VEXStatus computeTokens(const std::vector<std::size_t>& rows);
+  VEXStatus readRows(const std::string& fileName, VEXMacroTable& macros, std::vector<std::size_t>& computedRows);
+  VEXStatus computeRows(const std::vector<std::size_t>& computedRows);
+  VEXStatus computeTokens(const std::vector<std::size_t>& computedRows, VEXFeaturePtr& scratch);
 
   static VEXConfiguration* instance_;
   std::vector<VEXStringVector> rows_;  // an index never changes; a replaced row is emptied
-  std::unordered_map<std::string, std::vector<std::size_t>> keywordIndex_;
+  std::unordered_map<std::string, std::vector<std::size_t>, VEXTextHash, std::equal_to<>> keywordIndex_{64};
   std::size_t cursor_ = 0;
 };

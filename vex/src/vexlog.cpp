@@ -37,8 +37,13 @@ std::string localTime() {
   return std::string(buffer.data(), std::strftime(buffer.data(), buffer.size(), "%Y-%m-%d %H:%M:%S", &parts));
 }
 
+// The hook of the word BADNEWS. A failure met on the way, such as a missing message, is not reported again.
 void reportNewFailure(const std::string& text) {
-  logText(VEXSeverity::Inform, text);
+  static bool isReporting = false;
+  if (isReporting) return;
+  isReporting = true;
+  ::logMessage(VEXSeverity::Inform, 246012, {text});
+  isReporting = false;
 }
 
 }  // namespace
@@ -81,7 +86,7 @@ VEXStatus VEXLogFile::open() {
 }
 
 VEXStatus VEXLogFile::reopen(const std::string& name, bool append) {
-  std::FILE* stream = std::fopen(platform::nativePath(name).c_str(), append ? "at" : "wt");
+  std::FILE* stream = std::fopen(platform::nativePath(name).c_str(), append ? "ate" : "wte");
   if (stream == nullptr) return makeStatus(246011, {name});
   if (isOpen()) std::fclose(stream_);
   stream_ = stream;

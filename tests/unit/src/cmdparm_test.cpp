@@ -52,7 +52,7 @@ TEST_F(Call, ArgumentsAreCutAtTopLevelCommas) {
   };
   for (const Row& row : {Row{"@Echo()", ""}, Row{"@Echo(a,)", "<a><>"}, Row{"@Echo(,)", "<><>"},
                          Row{"@Echo(a,(b,c),d)", "<a><(b,c)><d>"}, Row{"@Echo([b,c],d)", "<[b,c]><d>"},
-                         Row{"@Echo(['a-b'])", "<a-b>"}, Row{"@Echo([''])", "<>"}, Row{"@Echo([']])", "<[']>"},
+                         Row{"@Echo(['a-b'])", "<a-b>"}, Row{"@Echo([''])", "<>"}, Row{"@Echo(['])", "<[']>"},
                          Row{"@Echo(abc", "<ab>"}, Row{"xEcho(a)", "<a>"}, Row{"@Echo", "#209001"},
                          Row{"@echo(a)", "#209002"}, Row{"", "#209001"}, Row{"(a)", "#209001"}})
     EXPECT_EQ(execute(row.text), row.result) << row.text;
@@ -137,7 +137,7 @@ TEST_F(Call, CatalogueRefusesWrongCalls) {
     if (command == nullptr) continue;
     const VEXCommandRule& rule = command->rule();
     EXPECT_EQ(name, rule.name);
-    if (rule.onConfigure != 0) EXPECT_EQ(numberOf(command->configure({name})), rule.onConfigure) << name;
+    EXPECT_EQ(numberOf(command->configure({name})), rule.onConfigure) << name;
     std::size_t right = 99;
     for (std::size_t count = 0; count < 12; ++count) {
       VEXFeaturePtr feature = makeFeature("t {a=1} line 0 0, 1 1");

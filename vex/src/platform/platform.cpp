@@ -133,6 +133,14 @@ bool isAbsolutePath(std::string_view path) {
   return !path.empty() && (isSeparator(path[0]) || (path.size() > 1 && path[1] == ':'));
 }
 
+std::string canonicalPath(const std::string& path) {
+  char* real = realpath(path.c_str(), nullptr);
+  if (real == nullptr) return path;
+  std::string canonical = real;
+  std::free(real);
+  return canonical;
+}
+
 bool DynamicLibrary::open(const std::vector<std::string>& names) {
   for (const std::string& name : names) {
     handle_ = dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);

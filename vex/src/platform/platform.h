@@ -30,6 +30,8 @@ std::string errorText(int error);
 std::string nativePath(std::string_view path);
 bool isAbsolutePath(std::string_view path);              // a leading separator or a drive letter
 bool isSeparator(char c);
+// The one path of a file, whatever links and detours name it; `path` itself when the file is not there.
+std::string canonicalPath(const std::string& path);
 
 // A library bound at run time. open() tries the names in order.
 class DynamicLibrary {
