@@ -83,6 +83,10 @@ std::size_t VEXLine::comparePrefix(const VEXLine& other, int dimensions, double 
 
 namespace {
 
+bool isAreaType(std::uint32_t code) {
+  return code == VEX_GEOM_POLYGON || code == VEX_GEOM_DONUT || code == VEX_GEOM_MULTI_POLY;
+}
+
 bool ringHolds(const VEXLine& line, const VEXLineRange& ring, double x, double y) {
   return isPointInRing(line.xs().subspan(ring.first, ring.count), line.ys().subspan(ring.first, ring.count), x, y);
 }
@@ -97,6 +101,16 @@ bool edgesCross(const VEXLine& line, const VEXLineRange& ring, const VEXLine& in
   return ringsCross(line.xs().subspan(ring.first, ring.count), line.ys().subspan(ring.first, ring.count),
                     inner.xs().subspan(innerRing.first, innerRing.count),
                     inner.ys().subspan(innerRing.first, innerRing.count));
+}
+
+// No hole of ours is crossed by the ring, holds it, or (unless the ring is a hole itself) lies in it.
+bool isOutsideHoles(const VEXLine& line, const std::vector<VEXLineRange>& rings, const VEXLine& inner,
+                    const VEXLineRange& innerRing, bool isHole) {
+  for (std::size_t hole = 1; hole < rings.size(); ++hole) {
+    if (edgesCross(line, rings[hole], inner, innerRing) || ringHolds(line, rings[hole], inner, innerRing)) return false;
+    if (!isHole && ringHolds(inner, innerRing, line, rings[hole])) return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -139,17 +153,16 @@ VEXStatus VEXLine::containsLine(const VEXLine& other, bool& contained) const {
   if (geomType_ == VEX_GEOM_AGGREGATE) {
     std::vector<VEXLineRange> parts;
     VEX_TRY(leaves(parts));
-    for (std::size_t i = 0; i < parts.size() && !contained; ++i) VEX_TRY(view(parts[i]).containsLine(other, contained));
+    for (const VEXLineRange& part : parts)
+      if (isAreaType(part.code) && !contained) VEX_TRY(view(part).containsLine(other, contained));
     return nullptr;
   }
-  if (geomType_ != VEX_GEOM_POLYGON && geomType_ != VEX_GEOM_DONUT && geomType_ != VEX_GEOM_MULTI_POLY)
-    return makeStatus(244002, {VEXFeature::geomTypeName(geomType_), VEXFeature::geomTypeName(other.geomType_)});
+  const char* ourName = VEXFeature::geomTypeName(geomType_);
+  const char* theirName = VEXFeature::geomTypeName(other.geomType_);
+  if (!isAreaType(geomType_)) return makeStatus(244002, {ourName, theirName});
   if (other.geomType_ == VEX_GEOM_POINT && other.numCoords_ > 0)
     return extendStatus(containsPoint(other.xCoord_[0], other.yCoord_[0], contained));
-  const bool isArea = other.geomType_ == VEX_GEOM_POLYGON || other.geomType_ == VEX_GEOM_DONUT ||
-                      other.geomType_ == VEX_GEOM_MULTI_POLY;
-  if (!isArea)
-    return makeStatus(244003, {VEXFeature::geomTypeName(geomType_), VEXFeature::geomTypeName(other.geomType_)});
+  if (!isAreaType(other.geomType_)) return makeStatus(244003, {ourName, theirName});
   // A larger line is inside for sure when its box is.
   if (other.numCoords_ > 5) {
     VEX_TRY(containsLine(fromBox(otherBox), contained));
@@ -163,15 +176,11 @@ VEXStatus VEXLine::containsLine(const VEXLine& other, bool& contained) const {
     theirs.resize(std::min<std::size_t>(theirs.size(), 1));
   contained = !theirs.empty() && !ours.empty();
   for (std::size_t i = 0; i < theirs.size() && contained; ++i) {
-    if (geomType_ == VEX_GEOM_MULTI_POLY) {
+    if (geomType_ == VEX_GEOM_MULTI_POLY)
       contained = std::any_of(ours.begin(), ours.end(),
                               [&](const VEXLineRange& ring) { return ringHolds(*this, ring, other, theirs[i]); });
-      continue;
-    }
-    contained = ringHolds(*this, ours[0], other, theirs[i]);
-    for (std::size_t hole = 1; hole < ours.size() && contained; ++hole)
-      contained = !edgesCross(*this, ours[hole], other, theirs[i]) && !ringHolds(*this, ours[hole], other, theirs[i]) &&
-                  (i > 0 || !ringHolds(other, theirs[i], *this, ours[hole]));
+    else
+      contained = ringHolds(*this, ours[0], other, theirs[i]) && isOutsideHoles(*this, ours, other, theirs[i], i > 0);
   }
   return nullptr;
 }

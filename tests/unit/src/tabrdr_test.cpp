@@ -26,7 +26,9 @@ std::string rowsOf(TableReader& reader) {
   }
 }
 
-std::string rowsOf(std::string_view text) { return rowsOf(*TableReader::overText(text)); }
+std::string rowsOf(std::string_view text) {
+  return rowsOf(*TableReader::overText(text));
+}
 
 struct Case {
   std::string text;
@@ -36,27 +38,54 @@ struct Case {
 TEST(TableReader, Tokens) {
   using namespace std::string_literals;
   for (const Case& c : {
-           Case{"", ""}, Case{"a", "a;"}, Case{"a b\n\n  \t\nc\td", "a|b;c|d;"}, Case{"a\r\nb\r\n", "a;b;"},
-           Case{"\"a b\"c d", "a bc|d;"}, Case{"a \"\" b", "a|b;"}, Case{"\"\"\nb", "b;"},
-           Case{"say \\\"hi\\\"", "say|\"hi\";"}, Case{"\"a \\\" b\"", "a \" b;"}, Case{"a\\b", "a\\b;"},
-           Case{"@F(a, b) c", "@F(a,b)|c;"}, Case{"@F(\"a, b\", c)", "@F(a, b,c);"}, Case{"(a\tb)", "(a|b);"},
-           Case{"\"(\" \":)\"", "(|:);"}, Case{"@F(@G( a ) , b)", "@F(@G(a),b);"},
-           Case{"abc # def", "abc|#|def;"}, Case{"# abc\n  # def\nx", "x;"},
-           Case{"a\0b"s, "a\0b;"s}, Case{"a \\\nb", "a|b;"}, Case{"a\\  \nb", "a|b;"}, Case{"a \\", "a;"},
-           Case{"DELIM ,\na b,c,,d\nDELIM\na b,c", "a b|c|d;a|b,c;"}, Case{"DELIM,\na,b", "a|b;"},
+           Case{"", ""},
+           Case{"a", "a;"},
+           Case{"a b\n\n  \t\nc\td", "a|b;c|d;"},
+           Case{"a\r\nb\r\n", "a;b;"},
+           Case{"\"a b\"c d", "a bc|d;"},
+           Case{"a \"\" b", "a|b;"},
+           Case{"\"\"\nb", "b;"},
+           Case{"say \\\"hi\\\"", "say|\"hi\";"},
+           Case{"\"a \\\" b\"", "a \" b;"},
+           Case{"a\\b", "a\\b;"},
+           Case{"@F(a, b) c", "@F(a,b)|c;"},
+           Case{"@F(\"a, b\", c)", "@F(a, b,c);"},
+           Case{"(a\tb)", "(a|b);"},
+           Case{"\"(\" \":)\"", "(|:);"},
+           Case{"@F(@G( a ) , b)", "@F(@G(a),b);"},
+           Case{"abc # def", "abc|#|def;"},
+           Case{"# abc\n  # def\nx", "x;"},
+           Case{"a\0b"s, "a\0b;"s},
+           Case{"a \\\nb", "a|b;"},
+           Case{"a\\  \nb", "a|b;"},
+           Case{"a \\", "a;"},
+           Case{"DELIM ,\na b,c,,d\nDELIM\na b,c", "a b|c|d;a|b,c;"},
+           Case{"DELIM,\na,b", "a|b;"},
            Case{" DELIM ,\na,b", "DELIM|,;a,b;"},
-           Case{"\"a", "#261009"}, Case{"a)", "#261010"}, Case{"\"a )", "#261009"}, Case{"(a", "#261011"},
-           Case{"a \\\n\nb", "#261008"}, Case{"a \\\n# x\nb", "#261008"}, Case{"a \\\nMACRO B c\n", "#261008"},
-           Case{"a \\\nINCLUDE x\n", "#261008"}, Case{"INCLUDE x", "#261018"}, Case{"INCLUDE [puts a]", "#261018"},
+           Case{"\"a", "#261009"},
+           Case{"a)", "#261010"},
+           Case{"\"a )", "#261009"},
+           Case{"(a", "#261011"},
+           Case{"a \\\n\nb", "#261008"},
+           Case{"a \\\n# x\nb", "#261008"},
+           Case{"a \\\nMACRO B c\n", "#261008"},
+           Case{"a \\\nINCLUDE x\n", "#261008"},
+           Case{"INCLUDE x", "#261018"},
+           Case{"INCLUDE [puts a]", "#261018"},
        })
     EXPECT_EQ(rowsOf(c.text), c.rows) << c.text;
 }
 
 TEST(TableReader, BlockComments) {
   for (const Case& c : {
-           Case{"/* a\nb\nc */\nd", "d;"}, Case{"/* a */\nd", "d;"}, Case{"  /*\n/* x\n*/ \t\nhidden\n*/\nd", "d;"},
-           Case{"a /* b", "a|/*|b;"}, Case{"/*\nDELIM ,\nMACRO A b\n\"\n*/\na,b", "a,b;"},
-           Case{"a */", "#261005"}, Case{"/* a\nb", "#261003"}, Case{"a \\\n/* x */\nb", "#261008"},
+           Case{"/* a\nb\nc */\nd", "d;"},
+           Case{"/* a */\nd", "d;"},
+           Case{"  /*\n/* x\n*/ \t\nhidden\n*/\nd", "d;"},
+           Case{"a /* b", "a|/*|b;"},
+           Case{"/*\nDELIM ,\nMACRO A b\n\"\n*/\na,b", "a,b;"},
+           Case{"a */", "#261005"},
+           Case{"/* a\nb", "#261003"},
+           Case{"a \\\n/* x */\nb", "#261008"},
        })
     EXPECT_EQ(rowsOf(c.text), c.rows) << c.text;
   std::string text = "-- one\n{{ two\n}}\na +\nb";
@@ -75,16 +104,28 @@ TEST(TableReader, Macros) {
   std::string many;
   for (int i = 0; i < 4000; ++i) many += "${ORV_TEST_B}";
   for (const Case& c : {
-           Case{"MACRO A 1 2\nx $(A)", "x|1|2;"}, Case{"MACRO A   \"q r\" \t\nx $(A)y", "x|q ry;"},
-           Case{"MACRO A \\\nb\\\n c\n$(A)", "b|c;"}, Case{"MACRO A\nx$(A)\n$(A)\ny", "x;y;"},
-           Case{"MACRO A $(B)\nMACRO B 7\n$(A)", "7;"}, Case{"MACRO A 1\nMACRO A 2\n$(A)", "2;"},
-           Case{"MACRO A 1\nDEFAULT_MACRO A 2\n$(A)", "1;"}, Case{"DEFAULT_MACRO A 2\n$(A)", "2;"},
-           Case{"$(A", "#261011"}, Case{"\"$(A\" x", "$(A|x;"},
-           Case{"MACRO A (B)\nMACRO B 9\n$$(A)", "9;"}, Case{"MACRO", "MACRO;"}, Case{"MACRO  ", "#261007"},
-           Case{"$(NONE)", "#261013"}, Case{"MACRO A $(A)\n$(A)", "#261012"},
-           Case{"MACRO A $(A)$(A)\n$(A)", "#261012"}, Case{"${ORV_TEST_A}", "xb|1y;"},
-           Case{"${ORV_TEST_LOOP}", "#261012"}, Case{"${ORV_TEST_NONE}", "#261001"}, Case{"${}", "#261001"},
-           Case{"${A", "${A;"}, Case{"MACRO A ${ORV_TEST_B}\n$(A)", "b|1;"},
+           Case{"MACRO A 1 2\nx $(A)", "x|1|2;"},
+           Case{"MACRO A   \"q r\" \t\nx $(A)y", "x|q ry;"},
+           Case{"MACRO A \\\nb\\\n c\n$(A)", "b|c;"},
+           Case{"MACRO A\nx$(A)\n$(A)\ny", "x;y;"},
+           Case{"MACRO A $(B)\nMACRO B 7\n$(A)", "7;"},
+           Case{"MACRO A 1\nMACRO A 2\n$(A)", "2;"},
+           Case{"MACRO A 1\nDEFAULT_MACRO A 2\n$(A)", "1;"},
+           Case{"DEFAULT_MACRO A 2\n$(A)", "2;"},
+           Case{"$(A", "#261011"},
+           Case{"\"$(A\" x", "$(A|x;"},
+           Case{"MACRO A (B)\nMACRO B 9\n$$(A)", "9;"},
+           Case{"MACRO", "MACRO;"},
+           Case{"MACRO  ", "#261007"},
+           Case{"$(NONE)", "#261013"},
+           Case{"MACRO A $(A)\n$(A)", "#261012"},
+           Case{"MACRO A $(A)$(A)\n$(A)", "#261012"},
+           Case{"${ORV_TEST_A}", "xb|1y;"},
+           Case{"${ORV_TEST_LOOP}", "#261012"},
+           Case{"${ORV_TEST_NONE}", "#261001"},
+           Case{"${}", "#261001"},
+           Case{"${A", "${A;"},
+           Case{"MACRO A ${ORV_TEST_B}\n$(A)", "b|1;"},
        })
     EXPECT_EQ(rowsOf(c.text), c.rows) << c.text;
   EXPECT_EQ(rowsOf(many).find('#'), std::string::npos);
@@ -176,7 +217,8 @@ TEST_F(Includes, ScriptsAndPrograms) {
   if (!VEXTclInterp().isReady()) GTEST_SKIP() << "no Tcl library on this machine";
   std::string here = std::filesystem::current_path();
   write("tcl.orv",
-        "MACRO N 3\nINCLUDE [ for {set i 0} {$i < $(N)} {incr i} { \\\n puts \"row $i \\\"[file tail [pwd]]\\\"\" } ]\nlast");
+        "MACRO N 3\nINCLUDE [ for {set i 0} {$i < $(N)} {incr i} { \\\n puts \"row $i \\\"[file tail [pwd]]\\\"\" } "
+        "]\nlast");
   EXPECT_EQ(read("tcl.orv"), "row|0|orv_includes;row|1|orv_includes;row|2|orv_includes;last;");
   write("program.orv", "INCLUDE | echo a \"b c\" && echo \nx");
   EXPECT_EQ(read("program.orv"), "a|b|c|&&|echo;x;");

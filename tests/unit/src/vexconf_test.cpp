@@ -11,7 +11,9 @@
 namespace {
 
 std::vector<std::string> logged;
-void takeLine(ORV_Int32, const char* text) { logged.emplace_back(text); }
+void takeLine(ORV_Int32, const char* text) {
+  logged.emplace_back(text);
+}
 
 // Loads the text as a mapping file with the arguments behind it; all rows, or "#<number>" of the failure.
 std::string load(const std::string& text, const std::vector<const char*>& arguments = {}) {
@@ -71,9 +73,12 @@ TEST(Configuration, CommandLineOutranksTheFile) {
        })
     EXPECT_EQ(load(c.text, c.arguments), c.rows) << c.text;
   std::vector<const char*> odd = {"-A", "1", "b"};
-  EXPECT_NE(VEXConfiguration::load("", 3, odd.data())->message().find(
-                "Expected an even number of command line arguments, instead got 3 for command line: >> `-A' `1' `b' <<"),
-            std::string::npos);
+  EXPECT_NE(
+      VEXConfiguration::load("", 3, odd.data())
+          ->message()
+          .find(
+              "Expected an even number of command line arguments, instead got 3 for command line: >> `-A' `1' `b' <<"),
+      std::string::npos);
   EXPECT_EQ(VEXConfiguration::load(::testing::TempDir() + "no.orv", 0, nullptr)->messageNumber(), 261002U);
 }
 
@@ -111,9 +116,10 @@ TEST(Configuration, AnswersByKeyword) {
   VEXConfiguration configuration;
   log.setCallback(takeLine);
   ASSERT_EQ(log.open(), nullptr);
-  ASSERT_EQ(load("A 1 \"x y\"\na 5\nA yEs\nN 12.0\nR 1e3\nBAD 1x\nT TRUE\nF no\nORV_DEBUG one\nORV_DEBUG two three",
-                 {"-EMPTY", "", "+A", ""}),
-            "A 1 \"x y\";a 5;A yEs;N 12.0;R 1e3;BAD 1x;T TRUE;F no;ORV_DEBUG one;ORV_DEBUG two three;EMPTY \"\";A \"\";");
+  ASSERT_EQ(
+      load("A 1 \"x y\"\na 5\nA yEs\nN 12.0\nR 1e3\nBAD 1x\nT TRUE\nF no\nORV_DEBUG one\nORV_DEBUG two three",
+           {"-EMPTY", "", "+A", ""}),
+      "A 1 \"x y\";a 5;A yEs;N 12.0;R 1e3;BAD 1x;T TRUE;F no;ORV_DEBUG one;ORV_DEBUG two three;EMPTY \"\";A \"\";");
   std::string text = "kept";
   EXPECT_FALSE(VEXConfiguration::value("EMPTY", text));
   EXPECT_FALSE(VEXConfiguration::value("A", text));

@@ -9,7 +9,9 @@
 
 namespace {
 
-VEXLine lineOf(const std::string& geometry) { return makeFeature("t " + geometry)->buildLine(); }
+VEXLine lineOf(const std::string& geometry) {
+  return makeFeature("t " + geometry)->buildLine();
+}
 
 std::string textOf(const VEXLine& line) {
   VEXFeature feature;
@@ -18,7 +20,9 @@ std::string textOf(const VEXLine& line) {
   return describe(feature).substr(2);
 }
 
-std::uint32_t numberOf(const VEXStatus& status) { return status == nullptr ? 0 : status->messageNumber(); }
+std::uint32_t numberOf(const VEXStatus& status) {
+  return status == nullptr ? 0 : status->messageNumber();
+}
 
 const char* const kSquare = "polygon 0 0, 10 0, 10 10, 0 10, 0 0";
 const char* const kDonut = "donut 0 0, 10 0, 10 10, 0 10, 0 0, 2 2, 4 2, 4 4, 2 4, 2 2";
@@ -31,13 +35,14 @@ TEST(Line, PartsAndMeasures) {
   };
   for (const Row& row : {
            Row{"line 0 0, 3 4", "2", 0, 5},
-           Row{"line 0 0, 3 4, 3 4, 9 9, 9 10", "2 2", 0, 6},          // the jump between the parts is no edge
+           Row{"line 0 0, 3 4, 3 4, 9 9, 9 10", "2 2", 0, 6},  // the jump between the parts is no edge
            Row{"line 0 0, 2 0, 2 2, 0 0, 0 5", "2", 0, 4 + std::sqrt(8.0) + 5},  // a loop in a line is no end
            Row{"64 0 0, 1 0, 1 0, 5 5", "2 1", 0, 1},
            Row{"16 1 1, 1 1, 0 0, 3 4, 3 4", "1 2", 0, 5},
            Row{"16 0 0, 1 0, 0 0", "2", 0, 1},  // there and back spans two edges: a line
            Row{kSquare, "4", 100, 40},
-           Row{"polygon 0 0, 10 0, 10 10, 0 10, 0 0, 2 2, 2 4, 4 4, 4 2, 2 2", "4 4", 96, 48},  // a hole runs the other way
+           Row{"polygon 0 0, 10 0, 10 10, 0 10, 0 0, 2 2, 2 4, 4 4, 4 2, 2 2", "4 4", 96,
+               48},  // a hole runs the other way
            Row{kDonut, "4 4", 96, 48},
            Row{"128 0 0, 1 0, 1 1, 0 0, 5 5, 6 5, 6 6, 5 5", "4 4", 1, 4 + 2 * std::sqrt(2.0)},
            Row{"polygon 0 0, 1 1, 0 0", "2", 0, 2 * std::sqrt(2.0)},
@@ -62,17 +67,18 @@ TEST(Line, PartsAndMeasures) {
 
 TEST(Line, AggregatesThatLieFailAndAreLeftAlone) {
   for (const char* geometry :
-       {"aggregate 2 5, 0 0", "aggregate 3 1, 0 0", "aggregate 2 -1, 0 0", "aggregate 2 nan, 0 0", "aggregate 1e300 1, 0 0",
-        "aggregate 512 2, 2 9, 0 0", "aggregate 2 1e18"}) {
+       {"aggregate 2 5, 0 0", "aggregate 3 1, 0 0", "aggregate 2 -1, 0 0", "aggregate 2 nan, 0 0",
+        "aggregate 1e300 1, 0 0", "aggregate 512 2, 2 9, 0 0", "aggregate 2 1e18"}) {
     VEXLine line = lineOf(geometry);
     VEXBox box;
     double value = 0;
     std::vector<VEXLine> parts;
     bool contained = false;
-    for (std::uint32_t number : {numberOf(line.boundingBox(box)), numberOf(line.area(value)), numberOf(line.length2D(value)),
-                                 numberOf(line.offset(1, 1, 0)), numberOf(line.removeDuplicates()), numberOf(line.convertToMulti()),
-                                 numberOf(line.simplifyDouglas(1)), numberOf(line.containsPoint(0, 0, contained)),
-                                 numberOf(line.orientRings(true))})
+    for (std::uint32_t number :
+         {numberOf(line.boundingBox(box)), numberOf(line.area(value)), numberOf(line.length2D(value)),
+          numberOf(line.offset(1, 1, 0)), numberOf(line.removeDuplicates()), numberOf(line.convertToMulti()),
+          numberOf(line.simplifyDouglas(1)), numberOf(line.containsPoint(0, 0, contained)),
+          numberOf(line.orientRings(true))})
       EXPECT_EQ(number, 244023U) << geometry;
     EXPECT_EQ(textOf(line), textOf(lineOf(geometry))) << geometry;
   }
@@ -90,8 +96,10 @@ TEST(Line, PartListClassifiesAndDropsRepeatedPoints) {
     const char* result;
     const char* starts;
   };
-  for (const Row& row : {Row{"16 1 1, 1 1, 2 2, 2 2", "32 1 1, 2 2", "0 1"}, Row{"16 0 0, 1 0, 1 0, 5 5, 6 6", "64 0 0, 1 0, 1 0, 5 5, 6 6", "0 3"},
-                         Row{"16 1 1, 1 1, 0 0, 5 5", "16 1 1, 0 0, 5 5", "0 1"}, Row{kDonut, "128 0 0, 10 0, 10 10, 0 10, 0 0, 2 2, 4 2, 4 4, 2 4, 2 2", "0 5"}}) {
+  for (const Row& row : {Row{"16 1 1, 1 1, 2 2, 2 2", "32 1 1, 2 2", "0 1"},
+                         Row{"16 0 0, 1 0, 1 0, 5 5, 6 6", "64 0 0, 1 0, 1 0, 5 5, 6 6", "0 3"},
+                         Row{"16 1 1, 1 1, 0 0, 5 5", "16 1 1, 0 0, 5 5", "0 1"},
+                         Row{kDonut, "128 0 0, 10 0, 10 10, 0 10, 0 0, 2 2, 4 2, 4 4, 2 4, 2 2", "0 5"}}) {
     VEXLine line = lineOf(row.geometry);
     std::vector<std::size_t> starts;
     ASSERT_EQ(line.partList(starts), nullptr);
@@ -111,25 +119,32 @@ TEST(Line, Transformations) {
   for (const Row& row : {
            Row{"line 1 0, 0 1", [](VEXLine& l) { return l.rotate2D(0, 0, 90); }, "line 0 -1, 1 0"},
            Row{"line 1 2 3", [](VEXLine& l) { return l.scale(2, 3, NAN); }, "line 2 6 3"},
-           Row{"aggregate 1 1, 5 5, 1 1, 6 6", [](VEXLine& l) { return l.offset(1, -1, 0); }, "aggregate 1 1, 6 4, 1 1, 7 5"},
+           Row{"aggregate 1 1, 5 5, 1 1, 6 6", [](VEXLine& l) { return l.offset(1, -1, 0); },
+               "aggregate 1 1, 6 4, 1 1, 7 5"},
            Row{"line -0.7 0.5, -0.2 0.9", [](VEXLine& l) { return l.toIntegers(); }, "line -0 1"},
            Row{"line 1.25 0, 1.349 0, 5 0", [](VEXLine& l) { return l.roundAxis(0, 1); }, "line 1.3 0, 5 0"},
            Row{"line 1.26 0, 5 0, 5 0, 7 7", [](VEXLine& l) { return l.roundAxis(0, 1); }, "line 1.3 0, 5 0, 5 0, 7 7"},
            Row{"line 149 0", [](VEXLine& l) { return l.roundAxis(0, -2); }, "line 100 0"},
            Row{"line 0 0 1, 0 0 2, 1 1 3", [](VEXLine& l) { return l.removeDuplicates(); }, "line 0 0 2, 1 1 3"},
-           Row{"aggregate 2 3, 0 0, 0 0, 1 1", [](VEXLine& l) { return l.removeDuplicates(); }, "aggregate 2 2, 0 0, 1 1"},
+           Row{"aggregate 2 3, 0 0, 0 0, 1 1", [](VEXLine& l) { return l.removeDuplicates(); },
+               "aggregate 2 2, 0 0, 1 1"},
            Row{kSquare, [](VEXLine& l) { return l.orientRings(false); }, "polygon 0 0, 0 10, 10 10, 10 0, 0 0"},
-           Row{kDonut, [](VEXLine& l) { return l.orientRings(true); }, "donut 0 0, 10 0, 10 10, 0 10, 0 0, 2 2, 2 4, 4 4, 4 2, 2 2"},
+           Row{kDonut, [](VEXLine& l) { return l.orientRings(true); },
+               "donut 0 0, 10 0, 10 10, 0 10, 0 0, 2 2, 2 4, 4 4, 4 2, 2 2"},
            Row{kDonut, [](VEXLine& l) { return l.dropHoles(); }, "polygon 0 0, 10 0, 10 10, 0 10, 0 0"},
            Row{kSquare, [](VEXLine& l) { return l.collapseToCentre(); }, "polygon 5 5"},
-           Row{"polygon 0 0 1, 4 0 1, 4 4 1, 0 0 1", [](VEXLine& l) { return l.addHole(lineOf("polygon 1 1, 2 1, 2 2, 1 1")); },
+           Row{"polygon 0 0 1, 4 0 1, 4 4 1, 0 0 1",
+               [](VEXLine& l) { return l.addHole(lineOf("polygon 1 1, 2 1, 2 2, 1 1")); },
                "donut 0 0 1, 4 0 1, 4 4 1, 0 0 1, 1 1 0, 2 1 0, 2 2 0, 1 1 0"},
-           Row{"aggregate 1 1, 9 9, 2 2, 0 0, 1 0, 4 4, 0 0, 1 0, 1 1, 0 0", [](VEXLine& l) { return l.convertToMulti(); },
-               "16 9 9, 9 9, 0 0, 1 0, 1 0, 0 0, 1 0, 1 1, 0 0"},
-           Row{"line 0 0, 5 0.1, 10 0, 15 5, 20 0", [](VEXLine& l) { return l.simplifyDouglas(1); }, "line 0 0, 10 0, 15 5, 20 0"},
+           Row{"aggregate 1 1, 9 9, 2 2, 0 0, 1 0, 4 4, 0 0, 1 0, 1 1, 0 0",
+               [](VEXLine& l) { return l.convertToMulti(); }, "16 9 9, 9 9, 0 0, 1 0, 1 0, 0 0, 1 0, 1 1, 0 0"},
+           Row{"line 0 0, 5 0.1, 10 0, 15 5, 20 0", [](VEXLine& l) { return l.simplifyDouglas(1); },
+               "line 0 0, 10 0, 15 5, 20 0"},
            Row{"line 0 0, 5 1, 10 0", [](VEXLine& l) { return l.simplifyDouglas(1); }, "line 0 0, 5 1, 10 0"},
-           Row{"line 0 0, 5 0.1, 9 0, 9 0, 1 1, 2 1.1, 3 1", [](VEXLine& l) { return l.simplifyDouglas(1); }, "line 0 0, 9 0, 9 0, 1 1, 3 1"},
-           Row{"polygon 0 0, 5 -1, 10 0, 10 10, 0 10, 0 0", [](VEXLine& l) { return l.simplifyDouglas(99); }, "polygon 0 0, 10 0, 10 10, 0 0"},
+           Row{"line 0 0, 5 0.1, 9 0, 9 0, 1 1, 2 1.1, 3 1", [](VEXLine& l) { return l.simplifyDouglas(1); },
+               "line 0 0, 9 0, 9 0, 1 1, 3 1"},
+           Row{"polygon 0 0, 5 -1, 10 0, 10 10, 0 10, 0 0", [](VEXLine& l) { return l.simplifyDouglas(99); },
+               "polygon 0 0, 10 0, 10 10, 0 0"},
        }) {
     VEXLine line = lineOf(row.geometry);
     ASSERT_EQ(row.work(line), nullptr) << row.geometry;
@@ -177,17 +192,22 @@ TEST(Line, EqualityAndContainment) {
     bool contained;
   };
   for (const Row& row : {
-           Row{kSquare, "polygon 1 1, 2 1, 2 2, 1 1", true}, Row{kSquare, kSquare, true}, Row{kSquare, "polygon 1 1, 12 1, 2 2, 1 1", false},
-           Row{kSquare, kDonut, true}, Row{kDonut, "polygon 2.5 2.5, 3 2.5, 3 3, 2.5 2.5", false},
-           Row{kDonut, "polygon 6 6, 8 6, 8 8, 6 6", true}, Row{kDonut, "polygon 1 1, 8 1, 8 8, 1 8, 1 1", false},
-           Row{kDonut, "polygon 3 3, 8 3, 8 3.5, 3 3.5, 3 3", false}, Row{kSquare, "point 0 0", true}, Row{kDonut, "point 3 3", false},
+           Row{kSquare, "polygon 1 1, 2 1, 2 2, 1 1", true},
+           Row{kSquare, kSquare, true},
+           Row{kSquare, "polygon 1 1, 12 1, 2 2, 1 1", false},
+           Row{kSquare, kDonut, true},
+           Row{kDonut, "polygon 2.5 2.5, 3 2.5, 3 3, 2.5 2.5", false},
+           Row{kDonut, "polygon 6 6, 8 6, 8 8, 6 6", true},
+           Row{kDonut, "polygon 1 1, 8 1, 8 8, 1 8, 1 1", false},
+           Row{kDonut, "polygon 3 3, 8 3, 8 3.5, 3 3.5, 3 3", false},
+           Row{kSquare, "point 0 0", true},
+           Row{kDonut, "point 3 3", false},
            Row{"aggregate 1 1, 0 0, 4 4, 0 0, 4 0, 4 4, 0 0", "point 3 1", true},
            Row{"128 0 0, 1 0, 1 1, 0 0, 5 5, 9 5, 9 9, 5 5", "polygon 7 6, 8 6, 8 7, 7 6", true},
        }) {
     bool contained = !row.contained;
-    VEXStatus failure = lineOf(row.outer).containsLine(lineOf(row.inner), contained);
-    if (failure != nullptr) EXPECT_EQ(failure->messageNumber(), 244002U);  // the aggregate's point part contains nothing
-    if (failure == nullptr) EXPECT_EQ(contained, row.contained) << row.outer << " / " << row.inner;
+    ASSERT_EQ(lineOf(row.outer).containsLine(lineOf(row.inner), contained), nullptr) << row.outer;
+    EXPECT_EQ(contained, row.contained) << row.outer << " / " << row.inner;
   }
 }
 
@@ -204,7 +224,8 @@ TEST(Line, ArcThroughThreePoints) {
     const char* geometry;
     double start, sweep;
   };
-  for (const Row& row : {Row{"line 1 0, 0 1, -1 0", 0, 180}, Row{"line 1 0, 0 -1, -1 0", 0, -180}, Row{"line 0 -1, 1 0, 0 1", 270, 180}}) {
+  for (const Row& row : {Row{"line 1 0, 0 1, -1 0", 0, 180}, Row{"line 1 0, 0 -1, -1 0", 0, -180},
+                         Row{"line 0 -1, 1 0, 0 1", 270, 180}}) {
     VEXPoint centre;
     double radius = 0, start = 0, sweep = 0;
     ASSERT_EQ(lineOf(row.geometry).arcThrough(centre, radius, start, sweep), nullptr);
