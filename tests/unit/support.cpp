@@ -1,6 +1,9 @@
 #include "tests/unit/support.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <filesystem>
 
 #include "vex/inc/numtext.h"
 
@@ -87,6 +90,16 @@ std::string describe(const VEXFeature& feature) {
     if (feature.dimension() == 3) text += " " + realText(feature.zs()[i]);
   }
   return text;
+}
+
+const std::string& scratchDirectory() {
+  struct Scratch {
+    std::string path = std::filesystem::temp_directory_path() / ("orv_tests_" + std::to_string(getpid()) + "/");
+    Scratch() { std::filesystem::create_directories(path); }
+    ~Scratch() { std::filesystem::remove_all(path); }
+  };
+  static const Scratch scratch;
+  return scratch.path;
 }
 
 void EngineScope::row(std::string_view text) {

@@ -15,6 +15,9 @@ VEXFeaturePtr makeFeature(std::string_view text);
 // The same text back, with attributes in name order, orv_geometry left out.
 std::string describe(const VEXFeature& feature);
 
+// A directory of this process alone, ending in "/"; made at the first call, gone with the process.
+const std::string& scratchDirectory();
+
 // The singletons of one engine call, without a translation. Rows go into the configuration with row("A b c").
 class EngineScope {
  public:

@@ -14,7 +14,8 @@ std::string findHome() {
   }
   for (const std::string& base : {platform::executableDirectory(), platform::engineDirectory()}) {
     if (base.empty()) continue;
-    for (const char* relative : {"", "../share/orvane/", "../../../home/"}) candidates.push_back(platform::canonicalPath(base + relative) + "/");
+    for (const char* relative : {"", "../share/orvane/", "../../../home/"})
+      candidates.push_back(platform::canonicalPath(base + relative) + "/");
   }
   candidates.push_back(ORV_BUILD_HOME "/");
   for (const std::string& candidate : candidates)

@@ -14,22 +14,33 @@ constexpr char kTab = '\x05';
 
 char protectedForm(char c) {
   switch (c) {
-    case ' ': return kBlank;
-    case '\t': return kTab;
-    case '(': return kOpen;
-    case ')': return kClose;
-    default: return c;
+    case ' ':
+      return kBlank;
+    case '\t':
+      return kTab;
+    case '(':
+      return kOpen;
+    case ')':
+      return kClose;
+    default:
+      return c;
   }
 }
 
 char restoredForm(char c) {
   switch (c) {
-    case kBlank: return ' ';
-    case kQuote: return '"';
-    case kOpen: return '(';
-    case kClose: return ')';
-    case kTab: return '\t';
-    default: return c;
+    case kBlank:
+      return ' ';
+    case kQuote:
+      return '"';
+    case kOpen:
+      return '(';
+    case kClose:
+      return ')';
+    case kTab:
+      return '\t';
+    default:
+      return c;
   }
 }
 

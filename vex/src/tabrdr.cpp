@@ -13,10 +13,10 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kDefaultWhitespace = " \n\t";
-constexpr std::size_t kMacroLimit = 3000;         // replacements in one line
-constexpr std::size_t kDeepestInclude = 32;       // each open file holds a buffer
-constexpr std::size_t kMostIncludes = 10000;      // files that include each other twice would multiply for ever
-constexpr std::size_t kLongestShown = 500;        // bytes of a text that a message repeats
+constexpr std::size_t kMacroLimit = 3000;     // replacements in one line
+constexpr std::size_t kDeepestInclude = 32;   // each open file holds a buffer
+constexpr std::size_t kMostIncludes = 10000;  // files that include each other twice would multiply for ever
+constexpr std::size_t kLongestShown = 500;    // bytes of a text that a message repeats
 
 std::string shown(std::string_view text) {
   if (text.size() <= kLongestShown) return std::string(text);
@@ -126,7 +126,8 @@ TableReader::TableReader(std::string_view fileName, VEXMacroTable& macroDict, co
 }
 
 std::unique_ptr<TableReader> TableReader::overText(std::string_view text) {
-  std::unique_ptr<TableReader> reader(new TableReader(syntaxOf("#", nullptr, nullptr, "\\", nullptr), nullptr, nullptr));
+  std::unique_ptr<TableReader> reader(
+      new TableReader(syntaxOf("#", nullptr, nullptr, "\\", nullptr), nullptr, nullptr));
   reader->memory_ = text;
   reader->readsMemory_ = true;
   reader->includes_->allowed = false;
@@ -184,7 +185,9 @@ std::string TableReader::rowPosition() const {
          " of file " + fileName_;
 }
 
-std::string TableReader::includedFrom() const { return " in file included from `" + fileName_ + "'"; }
+std::string TableReader::includedFrom() const {
+  return " in file included from `" + fileName_ + "'";
+}
 
 VEXStatus TableReader::getRow(VEXStringVector& row) {
   row.clear();
@@ -226,10 +229,15 @@ VEXStatus TableReader::nextLine(bool& found) {
   } else {
     if (VEXStatus closed = checkOpen()) return extendStatus(std::move(closed));
     switch (file_.readLine(line, kLongestRow)) {
-      case VEXInputFile::Line::Ok: break;
-      case VEXInputFile::Line::End: found = false; break;
-      case VEXInputFile::Line::TooLong: return extendStatus(tooLong());
-      case VEXInputFile::Line::Error: return makeStatus(261004, {fileName_});
+      case VEXInputFile::Line::Ok:
+        break;
+      case VEXInputFile::Line::End:
+        found = false;
+        break;
+      case VEXInputFile::Line::TooLong:
+        return extendStatus(tooLong());
+      case VEXInputFile::Line::Error:
+        return makeStatus(261004, {fileName_});
     }
   }
   line_.assign(line);
@@ -360,11 +368,10 @@ VEXStatus TableReader::runInclude(const std::string& rest) {
     DirectoryGuard guard;
     const std::string enter = "set gOldWorkingDir [pwd] ; cd $gDirectory";
     const std::string leave = "cd $gOldWorkingDir";
-    bool done = isProgram
-                    ? runAll(interp, {enter, "exec " + body + " >& $gOutputName", leave})
-                    : runAll(interp, {enter, "rename puts puts_real", "set gOutputFile [open $gOutputName w]",
-                                      "proc puts {val} { global gOutputFile ; puts_real $gOutputFile $val }", body,
-                                      "close $gOutputFile", leave});
+    bool done = isProgram ? runAll(interp, {enter, "exec " + body + " >& $gOutputName", leave})
+                          : runAll(interp, {enter, "rename puts puts_real", "set gOutputFile [open $gOutputName w]",
+                                            "proc puts {val} { global gOutputFile ; puts_real $gOutputFile $val }",
+                                            body, "close $gOutputFile", leave});
     if (done) return nullptr;
     error = interp.errorInfo();
   } else {
@@ -404,10 +411,14 @@ VEXStatus TableReader::takeData(VEXStringVector& row) {
   VEX_TRY(expandMacros(work_));
   VEX_TRY(expandEnvironment(work_));
   switch (tokeniseRow(work_, isDelimiter_, row)) {
-    case RowFault::None: return nullptr;
-    case RowFault::Quote: return makeStatus(261009, {shown(line_), fileName_, integerText(lineNumber_)});
-    case RowFault::CloseParen: return makeStatus(261010, {shown(line_), fileName_, integerText(lineNumber_)});
-    case RowFault::OpenParen: return makeStatus(261011, {shown(line_), fileName_, integerText(lineNumber_)});
+    case RowFault::None:
+      return nullptr;
+    case RowFault::Quote:
+      return makeStatus(261009, {shown(line_), fileName_, integerText(lineNumber_)});
+    case RowFault::CloseParen:
+      return makeStatus(261010, {shown(line_), fileName_, integerText(lineNumber_)});
+    case RowFault::OpenParen:
+      return makeStatus(261011, {shown(line_), fileName_, integerText(lineNumber_)});
   }
   return nullptr;
 }
@@ -431,8 +442,8 @@ VEXStatus TableReader::expandMacros(std::string& text) {
 
 VEXStatus TableReader::expandEnvironment(std::string& text) const {
   auto lookUp = [this](std::string_view name, std::string& value) -> VEXStatus {
-    bool isDefined = name.find('\0') == std::string_view::npos &&
-                     platform::environment(std::string(name).c_str(), value);
+    bool isDefined =
+        name.find('\0') == std::string_view::npos && platform::environment(std::string(name).c_str(), value);
     return isDefined ? nullptr : makeStatus(261001, {shown(name), fileName_});
   };
   // Every reference of the line itself is replaced; the limit is for those that the values bring.

@@ -99,12 +99,12 @@ class TableReader {
   std::string includedFrom() const;
 
   VEXInputFile file_;
-  std::string_view memory_;        // what is left of a text in memory
+  std::string_view memory_;  // what is left of a text in memory
   bool readsMemory_ = false;
   Syntax syntax_;
   VEXDelimiterSet isDelimiter_{};
-  std::string fileName_;           // normalised
-  std::string directory_;          // ends in "/"
+  std::string fileName_;   // normalised
+  std::string directory_;  // ends in "/"
   std::uint32_t lineNumber_ = 0;
   std::uint32_t firstLineOfRow_ = 0;
   std::uint32_t lastLineOfRow_ = 0;
@@ -112,10 +112,10 @@ class TableReader {
   std::unique_ptr<VEXMacroTable> ownMacroDict_;
   VEXMacroTable* macroDict_;
   std::shared_ptr<Includes> includes_;
-  bool onStack_ = false;           // this file's path is the last of the include stack
+  bool onStack_ = false;  // this file's path is the last of the include stack
   std::unique_ptr<TableReader> includedFile_;
   bool undefinedMacrosAllowed_ = false;
-  std::string tempFileName_;       // what a running script or program include reads
+  std::string tempFileName_;  // what a running script or program include reads
   std::string line_;
-  std::string work_;               // the expanded copy of a data line
+  std::string work_;  // the expanded copy of a data line
 };

@@ -13,7 +13,7 @@ constexpr int kGlobalOnly = 0x1;
 constexpr int kTraceReads = 0x10;
 constexpr int kTraceWrites = 0x20;
 constexpr int kTraceUnsets = 0x40;
-constexpr int kTraceDestroyed = 0x80;    // the trace goes with its variable
+constexpr int kTraceDestroyed = 0x80;  // the trace goes with its variable
 constexpr int kInterpDestroyed = 0x100;
 
 using CommandProc = int (*)(void* data, Tcl_Interp* interp, int argc, const char* argv[]);
@@ -92,10 +92,14 @@ std::string fromTcl(const char* text) {
   return plain;
 }
 
-const char* elementOf(const std::string& element) { return element.empty() ? nullptr : element.c_str(); }
+const char* elementOf(const std::string& element) {
+  return element.empty() ? nullptr : element.c_str();
+}
 
 // Marks a text that the library has to copy.
-FreeProc volatileText() { return reinterpret_cast<FreeProc>(1); }
+FreeProc volatileText() {
+  return reinterpret_cast<FreeProc>(1);
+}
 
 }  // namespace
 
@@ -104,15 +108,17 @@ struct VEXTclInterp::TraceEntry {
   static char* call(void* data, Tcl_Interp* interp, const char* name1, const char* name2, int flags) {
     if ((flags & kInterpDestroyed) != 0) return nullptr;
     auto* entry = static_cast<TraceEntry*>(data);
-    Access access = (flags & kTraceReads) != 0 ? Access::Read : (flags & kTraceWrites) != 0 ? Access::Write : Access::Unset;
+    Access access = (flags & kTraceReads) != 0    ? Access::Read
+                    : (flags & kTraceWrites) != 0 ? Access::Write
+                                                  : Access::Unset;
     entry->trace(access, fromTcl(name2));
     if (access == Access::Unset && (flags & kTraceDestroyed) != 0) entry->watch(interp, name1);
     return nullptr;
   }
   // An unset variable loses its traces; the name stays watched.
   bool watch(Tcl_Interp* interp, const char* name) {
-    return tcl().traceVar2(interp, name, nullptr, kGlobalOnly | kTraceReads | kTraceWrites | kTraceUnsets, call, this) ==
-           kOk;
+    return tcl().traceVar2(interp, name, nullptr, kGlobalOnly | kTraceReads | kTraceWrites | kTraceUnsets, call,
+                           this) == kOk;
   }
 };
 

@@ -4,8 +4,8 @@
 
 #include "vex/inc/numtext.h"
 #include "vex/inc/vexassert.h"
-#include "vex/src/platform/platform.h"
 #include "vex/src/cmdrgstr.h"
+#include "vex/src/platform/platform.h"
 #include "vex/src/rowtext.h"
 #include "vex/src/tabrdr.h"
 #include "vex/src/vexlog.h"
@@ -16,10 +16,12 @@ VEXConfiguration* VEXConfiguration::instance_ = nullptr;
 namespace {
 
 constexpr std::size_t kKeywordColumns = 40;  // of the dump
-constexpr int kMostComputations = 3000;  // of one token, before it is taken to never end
+constexpr int kMostComputations = 3000;      // of one token, before it is taken to never end
 
 // "--NAME" in front of a macro's value.
-bool isMacroArgument(std::string_view argument) { return argument.size() > 2 && argument.starts_with("--"); }
+bool isMacroArgument(std::string_view argument) {
+  return argument.size() > 2 && argument.starts_with("--");
+}
 
 std::string_view withoutLeading(std::string_view text, char c) {
   while (text.starts_with(c)) text.remove_prefix(1);
@@ -27,8 +29,8 @@ std::string_view withoutLeading(std::string_view text, char c) {
 }
 
 std::string oddArgumentsText(int argc, const char* const* argv) {
-  std::string text = "Expected an even number of command line arguments, instead got " + integerText(argc) +
-                     " for command line: >> ";
+  std::string text =
+      "Expected an even number of command line arguments, instead got " + integerText(argc) + " for command line: >> ";
   for (int i = 0; i < argc; ++i) text += "`" + std::string(argv[i]) + "' ";
   return text + "<<";
 }
@@ -240,7 +242,8 @@ std::string VEXConfiguration::normalisePath(std::string_view path) {
 void VEXConfiguration::dump() {
   VEX_ASSERT(instance_ != NULL);
   for (std::size_t i = 0; i < instance_->rows_.size(); ++i)
-    logMessage(VEXSeverity::Inform, 236003, {integerText(static_cast<std::int64_t>(i + 1)), rowText(instance_->rows_[i])});
+    logMessage(VEXSeverity::Inform, 236003,
+               {integerText(static_cast<std::int64_t>(i + 1)), rowText(instance_->rows_[i])});
   VEXStringVector keywords;
   for (const auto& [keyword, indices] : instance_->keywordIndex_)
     if (!indices.empty()) keywords.push_back(keyword);

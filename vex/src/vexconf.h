@@ -32,10 +32,10 @@ class VEXConfiguration {
   // The last of them. True when it is not empty.
   static bool value(std::string_view keyword, std::string& text);
   static bool joinedValue(std::string_view keyword, std::string& text, std::string_view separator = " ");
-  static bool flag(std::string_view keyword);  // last token "yes" or "true", ignoring case
-  static bool intValue(std::string_view keyword, std::int32_t& number);    // 236005 logged when it is none
-  static bool doubleValue(std::string_view keyword, double& number);       // 236006 logged when it is none
-  static bool contains(std::string_view keyword);                          // any row of it
+  static bool flag(std::string_view keyword);                            // last token "yes" or "true", ignoring case
+  static bool intValue(std::string_view keyword, std::int32_t& number);  // 236005 logged when it is none
+  static bool doubleValue(std::string_view keyword, double& number);     // 236006 logged when it is none
+  static bool contains(std::string_view keyword);                        // any row of it
   // True when ORV_DEBUG holds the word.
   static bool debugWord(std::string_view word);
 

@@ -60,7 +60,7 @@ class VEXLogFile {
   bool showTrace_ = false;
   std::int32_t maxFeatures_ = 20;  // negative: no limit
   std::int32_t featuresLogged_ = 0;
-  std::string heldText_;           // the last line, kept for the repeat count
+  std::string heldText_;  // the last line, kept for the repeat count
   VEXSeverity heldSeverity_ = VEXSeverity::Inform;
   std::int32_t repeatCount_ = 0;
   bool timedEcho_ = false;

@@ -89,7 +89,7 @@ TEST(TableReader, BlockComments) {
        })
     EXPECT_EQ(rowsOf(c.text), c.rows) << c.text;
   std::string text = "-- one\n{{ two\n}}\na +\nb";
-  std::string path = ::testing::TempDir() + "syntax.txt";
+  std::string path = scratchDirectory() + "syntax.txt";
   std::ofstream(path) << text;
   TableReader other(path, "--", "{{", "}}", "+");
   EXPECT_EQ(rowsOf(other), "a|b;");
@@ -161,7 +161,7 @@ class Includes : public ::testing::Test {
     TableReader reader(directory_ + name, "#", nullptr, nullptr, "\\");
     return rowsOf(reader);
   }
-  std::string directory_ = ::testing::TempDir() + "orv_includes/";
+  std::string directory_ = scratchDirectory() + "orv_includes/";
 };
 
 TEST_F(Includes, RowsAppearWhereTheDirectiveStands) {

@@ -19,7 +19,7 @@ void takeLine(ORV_Int32, const char* text) {
 std::string load(const std::string& text, const std::vector<const char*>& arguments = {}) {
   std::string path;
   if (!text.empty()) {
-    path = ::testing::TempDir() + "config.orv";
+    path = scratchDirectory() + "config.orv";
     std::ofstream(path) << text;
   }
   VEXStatus failure = VEXConfiguration::load(path, static_cast<int>(arguments.size()), arguments.data());
@@ -79,7 +79,7 @@ TEST(Configuration, CommandLineOutranksTheFile) {
           .find(
               "Expected an even number of command line arguments, instead got 3 for command line: >> `-A' `1' `b' <<"),
       std::string::npos);
-  EXPECT_EQ(VEXConfiguration::load(::testing::TempDir() + "no.orv", 0, nullptr)->messageNumber(), 261002U);
+  EXPECT_EQ(VEXConfiguration::load(scratchDirectory() + "no.orv", 0, nullptr)->messageNumber(), 261002U);
 }
 
 TEST(Configuration, ComputesTokens) {
