@@ -94,9 +94,13 @@ class FakeWriter final : public VEXWriterImp {
 
 }  // namespace
 
-std::string FakeDrivers::callText() const { return joined(calls, "; "); }
+std::string FakeDrivers::callText() const {
+  return joined(calls, "; ");
+}
 
-std::uint32_t numberOf(const VEXStatus& failure) { return failure == nullptr ? 0 : failure->messageNumber(); }
+std::uint32_t numberOf(const VEXStatus& failure) {
+  return failure == nullptr ? 0 : failure->messageNumber();
+}
 
 TranslationScope::TranslationScope(const std::vector<std::string>& rows) {
   current = &fake;
@@ -108,7 +112,9 @@ TranslationScope::TranslationScope(const std::vector<std::string>& rows) {
   for (const std::string& text : rows) row(text);
 }
 
-TranslationScope::~TranslationScope() { current = nullptr; }
+TranslationScope::~TranslationScope() {
+  current = nullptr;
+}
 
 std::uint32_t TranslationScope::translate() {
   VEXSimpleTranslator translator;
@@ -119,12 +125,13 @@ std::uint32_t TranslationScope::translate() {
   return numberOf(failure);
 }
 
-const std::vector<std::string>& TranslationScope::log() const { return logLines; }
+const std::vector<std::string>& TranslationScope::log() const {
+  return logLines;
+}
 
 std::size_t TranslationScope::logged(std::string_view text) const {
-  return static_cast<std::size_t>(std::count_if(logLines.begin(), logLines.end(), [&](const std::string& line) {
-    return line.find(text) != std::string::npos;
-  }));
+  return static_cast<std::size_t>(std::count_if(
+      logLines.begin(), logLines.end(), [&](const std::string& line) { return line.find(text) != std::string::npos; }));
 }
 
 PipelineScope::PipelineScope(const std::vector<std::string>& rows) : engine(rows) {

@@ -20,8 +20,8 @@ struct FakeDrivers {
   bool givesMetaData = false;
   bool givesGrouper = true;
   bool hasOneStream = false;
-  std::vector<std::string> calls;   // steps in order; features as "write <group>: <text>"
-  std::string callText() const;     // joined by "; ", without progress through setup
+  std::vector<std::string> calls;  // steps in order; features as "write <group>: <text>"
+  std::string callText() const;    // joined by "; ", without progress through setup
 };
 
 // Recycler, configuration, functions, log, temporary files and creators, with the FAKE formats registered.

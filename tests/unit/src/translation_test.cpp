@@ -7,8 +7,9 @@
 
 namespace {
 
-const std::vector<std::string> kRows = {"READER_TYPE fake", "WRITER_TYPE Fake", "READER_KEYWORD IN", "WRITER_KEYWORD OUT",
-                                        "OUT_DEF a n char(3)", "OUT_DEF b",      "IN * n %n",          "OUT * n %n"};
+const std::vector<std::string> kRows = {"READER_TYPE fake",   "WRITER_TYPE Fake",    "READER_KEYWORD IN",
+                                        "WRITER_KEYWORD OUT", "OUT_DEF a n char(3)", "OUT_DEF b",
+                                        "IN * n %n",          "OUT * n %n"};
 
 TEST(Translation, CallsComeInTheirOrder) {
   TranslationScope run(kRows);
@@ -41,10 +42,12 @@ TEST(Translation, AFailureAtAnyStepAborts) {
     auto failed = std::find(calls.begin(), calls.end(), step);
     ASSERT_NE(failed, calls.end()) << step;
     std::vector<std::string> tail(failed + 1, calls.end());
-    std::erase_if(tail, [](const std::string& call) { return call.starts_with("abort ") || call.starts_with("gone "); });
+    std::erase_if(tail,
+                  [](const std::string& call) { return call.starts_with("abort ") || call.starts_with("gone "); });
     EXPECT_EQ(tail, (std::vector<std::string>{"writer.abort", "reader.abort"})) << step << ": " << run.fake.callText();
     const bool inRun = std::string(step).find(".setup") == std::string::npos &&
-                       std::string(step).find(".open") == std::string::npos && std::string(step).find("r.close") == std::string::npos;
+                       std::string(step).find(".open") == std::string::npos &&
+                       std::string(step).find("r.close") == std::string::npos;
     EXPECT_EQ(run.logged("Translation failed:"), inRun ? 1U : 0U) << step;
   }
 }
@@ -92,8 +95,8 @@ TEST(Translation, RefusedBySourceLeavesTheRunGoing) {
 }
 
 TEST(Translation, RefusedByChannelLeavesTheRunGoing) {
-  TranslationScope channel({"READER_TYPE FAKE", "WRITER_TYPE FAKE", "READER_KEYWORD IN", "WRITER_KEYWORD OUT", "OUT_DEF a",
-                            "IN *", "OUT *"});
+  TranslationScope channel({"READER_TYPE FAKE", "WRITER_TYPE FAKE", "READER_KEYWORD IN", "WRITER_KEYWORD OUT",
+                            "OUT_DEF a", "IN *", "OUT *"});
   channel.fake.source = {"a {refuse=1}", "a {n=1}", "a {refuse=2}"};
   EXPECT_EQ(channel.translate(), 0U);
   EXPECT_EQ(channel.logged("Feature rejected:"), 2U);
@@ -106,16 +109,15 @@ TEST(Translation, SettingsThatStopIt) {
     std::vector<std::string> rows;
     std::uint32_t number;
   };
-  for (const Row& row : {Row{{"WRITER_TYPE FAKE"}, 231039},
-                         Row{{"READER_TYPE FAKE"}, 231038},
-                         Row{{"READER_TYPE FAKE", "WRITER_TYPE NOPE"}, 872001},
-                         Row{{"READER_TYPE NOPE", "WRITER_TYPE FAKE"}, 871005},
-                         Row{{"READER_TYPE JavaReader", "WRITER_TYPE FAKE"}, 871005},
-                         Row{{"READER_TYPE FAKE", "WRITER_TYPE FAKE", "ORV_MINIMUM_BUILD 382"}, 231041},
-                         Row{{"READER_TYPE FAKE", "WRITER_TYPE FAKE", "READER_KEYWORD A", "ORV_MINIMUM_BUILD 381"}, 0},
-                         Row{{"READER_TYPE FAKE", "WRITER_TYPE FAKE", "FAKE_DEF a", "FAKE_DEF a"}, 253003},
-                         Row{{"READER_TYPE FAKE", "WRITER_TYPE FAKE", "FAKE_DEF a", "FAKE_DEF a"}, 230001},
-                         Row{{"READER_TYPE FAKE", "WRITER_TYPE FAKE", "READER_KEYWORD R", "R a", "Count x"}, 814004}}) {
+  for (const Row& row :
+       {Row{{"WRITER_TYPE FAKE"}, 231039}, Row{{"READER_TYPE FAKE"}, 231038},
+        Row{{"READER_TYPE FAKE", "WRITER_TYPE NOPE"}, 872001}, Row{{"READER_TYPE NOPE", "WRITER_TYPE FAKE"}, 871005},
+        Row{{"READER_TYPE JavaReader", "WRITER_TYPE FAKE"}, 871005},
+        Row{{"READER_TYPE FAKE", "WRITER_TYPE FAKE", "ORV_MINIMUM_BUILD 382"}, 231041},
+        Row{{"READER_TYPE FAKE", "WRITER_TYPE FAKE", "READER_KEYWORD A", "ORV_MINIMUM_BUILD 381"}, 0},
+        Row{{"READER_TYPE FAKE", "WRITER_TYPE FAKE", "FAKE_DEF a", "FAKE_DEF a"}, 253003},
+        Row{{"READER_TYPE FAKE", "WRITER_TYPE FAKE", "FAKE_DEF a", "FAKE_DEF a"}, 230001},
+        Row{{"READER_TYPE FAKE", "WRITER_TYPE FAKE", "READER_KEYWORD R", "R a", "Count x"}, 814004}}) {
     TranslationScope run(row.rows);
     if (row.number == 253003) run.row("FAKE a"), run.row("FAKE b");
     EXPECT_EQ(run.translate(), row.number) << row.rows.back();
@@ -135,11 +137,11 @@ TEST(Translation, OneCoordinateSystemARun) {
     std::uint32_t number;
     std::size_t taken;  // how often the log tells that the data decided
   };
-  for (const Row& row : {Row{"", {"a", "a {cs=X}", "a {cs=X}", "a"}, 0, 1},
-                         Row{"", {"a {cs=X}", "a {cs=Y}"}, 231044, 1},
-                         Row{"OUT_COORDINATE_SYSTEM X", {"a {cs=X}", "a"}, 0, 0},
-                         Row{"OUT_COORDINATE_SYSTEM X", {"a {cs=Y}"}, 231044, 0},
-                         Row{"IN_COORDINATE_SYSTEM X", {"a", "a {cs=Y}"}, 231044, 0}}) {
+  for (const Row& row :
+       {Row{"", {"a", "a {cs=X}", "a {cs=X}", "a"}, 0, 1}, Row{"", {"a {cs=X}", "a {cs=Y}"}, 231044, 1},
+        Row{"OUT_COORDINATE_SYSTEM X", {"a {cs=X}", "a"}, 0, 0},
+        Row{"OUT_COORDINATE_SYSTEM X", {"a {cs=Y}"}, 231044, 0},
+        Row{"IN_COORDINATE_SYSTEM X", {"a", "a {cs=Y}"}, 231044, 0}}) {
     TranslationScope run(kRows);
     if (*row.given != '\0') run.row(row.given);
     run.fake.source = row.source;
@@ -171,8 +173,8 @@ TEST(Translation, ProgressIsToldEveryHundred) {
 }
 
 TEST(Translation, OneStreamTakesEverything) {
-  TranslationScope run({"READER_TYPE FAKE", "WRITER_TYPE FAKE", "READER_KEYWORD IN", "WRITER_KEYWORD OUT", "OUT_DEF a b c",
-                        "IN *", "OUT *"});
+  TranslationScope run({"READER_TYPE FAKE", "WRITER_TYPE FAKE", "READER_KEYWORD IN", "WRITER_KEYWORD OUT",
+                        "OUT_DEF a b c", "IN *", "OUT *"});
   run.fake.hasOneStream = true;
   run.fake.source = {"a", "b"};
   EXPECT_EQ(run.translate(), 0U);
