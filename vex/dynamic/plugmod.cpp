@@ -100,7 +100,9 @@ bool isModuleName(const std::string& name) {
 
 VEXStatus loadPlugin(const std::string& name, const ORV_Plugin*& plugin) {
   static std::unordered_map<std::string, const ORV_Plugin*> loaded;
-  const std::string path = getHomeDirectory() + "plugins/orv_" + name + ".so";
+  std::string directory;
+  if (!platform::environment("ORV_PLUGINS", directory)) directory = getHomeDirectory() + "plugins";
+  const std::string path = directory + "/orv_" + name + ".so";
   auto found = loaded.find(path);
   if (found != loaded.end()) {
     plugin = found->second;

@@ -7,8 +7,8 @@
 #include "vex/inc/statinfo.h"
 #include "vex/inc/vexfeat.h"
 
-// Loads <home>/plugins/orv_<name>.so, once a process. 871008: there is no such module, or it cannot be loaded, or it
-// was built for another engine.
+// Loads orv_<name>.so from the directory ORV_PLUGINS of the environment, else from <home>/plugins, once a process.
+// 871008: there is no such module, or it cannot be loaded, or it was built for another engine.
 VEXStatus loadPlugin(const std::string& name, const ORV_Plugin*& plugin);
 // What the module says of its newest failure.
 std::string pluginError(const ORV_Plugin& plugin);

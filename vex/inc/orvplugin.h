@@ -1,6 +1,7 @@
 /* What a plug-in module and the engine know of each other, C only. A module is a shared object
-   <home>/plugins/orv_<name>.so that exports one function, orv_plugin. It is asked for when a mapping file names a
-   reader type, a writer type or a factory class that the engine does not have; <name> is that word.
+   orv_<name>.so, in the directory that ORV_PLUGINS of the environment names or in <home>/plugins, that exports one
+   function, orv_plugin. It is asked for when a mapping file names a reader type, a writer type or a factory class
+   that the engine does not have; <name> is that word.
 
    All texts are UTF-8 or whatever the data holds, ended by a zero byte. A text that one side hands to the other is
    valid until the next call in either direction. Features belong to the engine and are valid during the call. */
