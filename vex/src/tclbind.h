@@ -28,7 +28,7 @@ class VEXTclInterp {
   VEXTclInterp& operator=(const VEXTclInterp&) = delete;
   bool isReady() const { return interp_ != nullptr; }
 
-  // Runs a script in the global scope; false when it fails, with the error in result() and errorInfo().
+  // Runs a script; false when it fails, with the error in result() and errorInfo().
   bool eval(const std::string& script);
   bool evalFile(const std::string& path);
   std::string result() const;
@@ -38,7 +38,8 @@ class VEXTclInterp {
   bool getVar(const std::string& name, std::string& value, const std::string& element = {}) const;
   bool setVar(const std::string& name, const std::string& value, const std::string& element = {});
   bool unsetVar(const std::string& name, const std::string& element = {});
-  // Watches a global variable, whole arrays included. Inside a trace the variable itself is not watched.
+  // Watches a global variable. To watch the elements of an array, make the array first ("array set name {}"). Inside
+  // a trace the variable itself is not watched.
   bool traceVar(const std::string& name, Trace trace);
   bool createCommand(const std::string& name, Command command);
 
