@@ -12,8 +12,11 @@ namespace {
 constexpr struct {
   const char* word;
   std::uint32_t code;
-} kKinds[] = {{"point", VEX_GEOM_POINT}, {"line", VEX_GEOM_LINE}, {"polygon", VEX_GEOM_POLYGON},
-              {"donut", VEX_GEOM_DONUT}, {"aggregate", VEX_GEOM_AGGREGATE}};
+} kKinds[] = {{"point", VEX_GEOM_POINT},
+              {"line", VEX_GEOM_LINE},
+              {"polygon", VEX_GEOM_POLYGON},
+              {"donut", VEX_GEOM_DONUT},
+              {"aggregate", VEX_GEOM_AGGREGATE}};
 
 std::string_view takeWord(std::string_view& text, std::string_view ends) {
   text = trimmed(text);
@@ -44,14 +47,16 @@ VEXFeaturePtr makeFeature(std::string_view text) {
   text = trimmed(text);
   if (text.starts_with('{')) {
     std::size_t end = text.find('}');
-    // Names of list attributes hold braces themselves: the attributes end at the last one in front of a blank or the end.
+    // Names of list attributes hold braces themselves: the attributes end at the last one in front of a blank or the
+    // end.
     while (end + 1 < text.size() && text[end + 1] != ' ') end = text.find('}', end + 1);
     std::vector<std::string> pairs;
     splitAt(text.substr(1, end - 1), ',', pairs);
     for (const std::string& pair : pairs) {
       std::size_t equals = pair.find('=');
       if (equals != std::string::npos)
-        feature->setAttribute(trimmed(std::string_view(pair).substr(0, equals)), std::string_view(pair).substr(equals + 1));
+        feature->setAttribute(trimmed(std::string_view(pair).substr(0, equals)),
+                              std::string_view(pair).substr(equals + 1));
     }
     text = trimmed(text.substr(end + 1));
   }

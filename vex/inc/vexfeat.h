@@ -77,6 +77,11 @@ class VEXFeature : public VEXObject {
   // ---- to a line and back ----
   // A copy of the coordinates with this feature's geometry code.
   VEXLine buildLine() const;
+  // Moves the coordinates out: the caller gives them back through loadFromLine, on a failure, too.
+  VEXLine takeLine();
+  // The two as steps of a function.
+  VEXStatus getLine(VEXLine& line) const;
+  VEXStatus setLine(VEXLine&& line);
   // Takes the line's arrays; dimension and geometry code follow the line.
   void loadFromLine(VEXLine&& line);
 

@@ -27,7 +27,10 @@ class VEXCreator {
   VEXCreator& operator=(const VEXCreator&) = delete;
   static VEXCreator& instance();
   static bool exists() { return instance_ != nullptr; }
-  VEXStatus takeStatus() { return std::move(status_); }  // the first failure met while building the tables
+  // The first failure met while building the tables.
+  VEXStatus takeStatus() { return std::move(status_); }
+  // Builds the tables anew, as between two rows of a command file.
+  VEXStatus reset();
 
   // `type` in upper case; `givenType` as the user spelled it, by which a plug-in is found. A type that is not
   // registered is offered to the Java bridge, then to the plug-ins: 871004, 871005, 871006. A failure that the new

@@ -4,13 +4,12 @@
 #include <limits>
 
 #include "vex/inc/numtext.h"
+#include "vex/src/plainnum.h"
 
 namespace {
 
 constexpr std::size_t kMostCharacters = 99;    // of a formatted number
 constexpr std::size_t kMostExactDigits = 15;   // a text of so many digits is the same text again behind a double
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool contains(std::string_view text, std::string_view word) { return text.find(word) != std::string_view::npos; }
 
@@ -72,41 +71,31 @@ bool VEXOutputFormat::format(double value, std::string& out) const {
   }
 }
 
-bool VEXOutputFormat::format(std::string_view value, std::string& out) const {
-  if (kind_ == Kind::Text || value.empty()) {
-    out.assign(value);
-    return true;
-  }
-  if (kind_ == Kind::Number && keepsText(value, out)) return true;
+bool VEXOutputFormat::format(std::string_view value, std::string& buffer, std::string_view& shaped) const {
+  shaped = value;
+  if (kind_ == Kind::Text || value.empty()) return true;
+  if (kind_ == Kind::Number && padText(value, buffer, shaped)) return true;
   double number = 0.0;
-  if (textToReal(value, number)) return format(number, out);
-  out.assign(value);
-  return false;
+  if (!textToReal(value, number) || !format(number, buffer)) return false;
+  shaped = buffer;
+  return true;
 }
 
-// Most values need nothing but zeros at their end: then no conversion is made.
-bool VEXOutputFormat::keepsText(std::string_view value, std::string& out) const {
-  std::size_t at = value[0] == '-' ? 1 : 0;
-  const std::size_t whole = at;
-  while (at < value.size() && isDigit(value[at])) ++at;
-  std::size_t numDigits = at - whole;
-  if (numDigits == 0 || (numDigits > 1 && value[whole] == '0')) return false;
-  std::size_t numDecimals = 0;
-  if (at < value.size()) {
-    if (value[at++] != '.') return false;
-    const std::size_t fraction = at;
-    while (at < value.size() && isDigit(value[at])) ++at;
-    numDecimals = at - fraction;
-    numDigits += numDecimals;
-  }
+// Most values need nothing but zeros at their end, or not even those: then no conversion is made.
+bool VEXOutputFormat::padText(std::string_view value, std::string& buffer, std::string_view& shaped) const {
+  VEXPlainNumber number;
+  if (value.size() > kMostExactDigits || !splitPlainNumber(value, number)) return false;
+  const std::size_t numWhole = number.wholeLength - number.numSigns;
   const auto decimals = static_cast<std::size_t>(decimals_);
-  if (at < value.size() || numDecimals > decimals || numDigits > kMostExactDigits) return false;
-  const bool hasPoint = value.size() > whole && value.find('.') != std::string_view::npos;
-  if (hasPoint && numDecimals == 0) return false;
-  const std::size_t length = value.size() + (hasPoint || decimals == 0 ? 0 : 1) + decimals - numDecimals;
+  const bool hasPoint = number.wholeLength < value.size();
+  if (value[0] == '+' || numWhole == 0 || (numWhole > 1 && value[number.numSigns] == '0')) return false;
+  if (number.numDecimals > decimals || (hasPoint && number.numDecimals == 0)) return false;
+  const std::size_t length = number.wholeLength + (decimals == 0 ? 0 : 1 + decimals);
   if (length > static_cast<std::size_t>(width_) || length > kMostCharacters) return false;
-  out.assign(value);
-  if (!hasPoint && decimals > 0) out += '.';
-  out.append(decimals - numDecimals, '0');
+  if (length == value.size()) return true;
+  buffer.assign(value);
+  if (!hasPoint) buffer += '.';
+  buffer.append(length - buffer.size(), '0');
+  shaped = buffer;
   return true;
 }

@@ -16,18 +16,18 @@ class VEXOutputFormat {
   static VEXStatus parse(std::string_view typeText, VEXOutputFormat& format);
 
   // The text of a value, replacing `out`. False when it does not fit: longer than the width, or out of the integer
-  // range. `out` holds what it would have been.
+  // range.
   bool format(double value, std::string& out) const;
-  // The same from text. False, too, for a text that is no number. An empty text gives an empty one, and a text
-  // column takes any text as it stands.
-  bool format(std::string_view value, std::string& out) const;
+  // The same from text; `shaped` views the value itself, when that has the form already, or `buffer`. False, too,
+  // for a text that is no number. An empty text gives an empty one, and a text column takes any text as it stands.
+  bool format(std::string_view value, std::string& buffer, std::string_view& shaped) const;
 
   Kind kind() const { return kind_; }
   std::int32_t width() const { return width_; }
   std::int32_t decimals() const { return decimals_; }
 
  private:
-  bool keepsText(std::string_view value, std::string& out) const;
+  bool padText(std::string_view value, std::string& buffer, std::string_view& shaped) const;
 
   Kind kind_ = Kind::Text;
   std::int32_t width_ = 0;

@@ -9,6 +9,8 @@
 
 #include "vex/src/vextrans.h"
 
+class VEXPipeline;
+
 class VEXSimpleTranslator final : public VEXTranslator {
  public:
   VEXSimpleTranslator();
@@ -19,21 +21,22 @@ class VEXSimpleTranslator final : public VEXTranslator {
   VEXStatus run() override;
   std::unique_ptr<VEXGrouper> createGrouper() override;
 
-  std::int32_t featuresRead() const { return featuresRead_; }
-  std::int32_t featuresOutput() const { return featuresOutput_; }
-  std::int32_t coordinatesOutput() const { return coordinatesOutput_; }
+  std::int64_t featuresRead() const { return featuresRead_; }
+  std::int64_t featuresOutput() const { return featuresOutput_; }
+  std::int64_t coordinatesOutput() const { return coordinatesOutput_; }
 
  private:
-  void logSettings();
-  void enterWorkingDirectory();
+  void readSettings();
+  void logSettings() const;
+  void enterWorkingDirectory() const;
   void noteDebugWords();
-  VEXStatus checkMinimumBuild() const;
   VEXStatus translateAll();
-  VEXStatus readAll(class VEXPipeline& pipeline);
+  VEXStatus checkMinimumBuild() const;
+  VEXStatus moveFeatures(VEXCorrelator& correlator, VEXGrouper& grouper);
+  VEXStatus readAll(VEXPipeline& pipeline);
   VEXStatus matchCoordSys(VEXFeature& feature);
-  VEXStatus routeFeature(VEXCorrelator& correlator, VEXGrouper& grouper, VEXFeaturePtr& feature);
-  void dropUnrouted(VEXFeature& feature, bool matched);
-  void countFeature(std::string_view label, std::int32_t& count);
+  void dropUnrouted(VEXFeaturePtr& feature, bool matched);
+  void countFeature(std::string_view label, std::int64_t& count);
 
   std::string readerType_;  // as given
   std::string writerType_;
@@ -42,12 +45,11 @@ class VEXSimpleTranslator final : public VEXTranslator {
   std::string coordSys_;  // of the output; empty until known
   std::string defLineKey_;
   std::string statsHeading_;
-  std::int32_t featuresRead_ = 0;
+  std::int64_t featuresRead_ = 0;
   bool logUngrouped_ = false;
   bool logUncorrelated_ = false;
-  bool isEmptying_ = false;  // the reader is done, the pipeline gives what it held
-  std::int32_t featuresThroughPipeline_ = 0;
+  std::int64_t featuresThroughPipeline_ = 0;
   std::unordered_set<std::string> unroutedTypes_;
-  std::int32_t featuresOutput_ = 0;
-  std::int32_t coordinatesOutput_ = 0;
+  std::int64_t featuresOutput_ = 0;
+  std::int64_t coordinatesOutput_ = 0;
 };

@@ -110,12 +110,31 @@ VEXLine VEXFeature::buildLine() const {
   return VEXLine(xCoord_, yCoord_, zCoord_, geomType_);
 }
 
+VEXLine VEXFeature::takeLine() {
+  VEX_ASSERT(xCoord_.size() == yCoord_.size());
+  if (dimension_ == 2) return VEXLine(std::move(xCoord_), std::move(yCoord_), geomType_);
+  VEX_ASSERT(xCoord_.size() == zCoord_.size());
+  return VEXLine(std::move(xCoord_), std::move(yCoord_), std::move(zCoord_), geomType_);
+}
+
 void VEXFeature::loadFromLine(VEXLine&& line) {
+  if (!line.ownsGeometry()) line = line.clone();
   dimension_ = static_cast<std::uint8_t>(line.dimension());
-  xCoord_ = std::move(line.xCoord_);
-  yCoord_ = std::move(line.yCoord_);
-  zCoord_ = std::move(line.zCoord_);
+  xCoord_ = std::move(line.ownedX_);
+  yCoord_ = std::move(line.ownedY_);
+  zCoord_ = std::move(line.ownedZ_);
   setGeomType(line.geomType());
+  line = VEXLine();
+}
+
+VEXStatus VEXFeature::getLine(VEXLine& line) const {
+  line = buildLine();
+  return nullptr;
+}
+
+VEXStatus VEXFeature::setLine(VEXLine&& line) {
+  loadFromLine(std::move(line));
+  return nullptr;
 }
 
 void VEXFeature::reset(int dimension, std::size_t numCoords) {

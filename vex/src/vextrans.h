@@ -30,6 +30,8 @@ class VEXTranslator {
   VEXStatus initialize();  // makes reader and writer
 
  protected:
+  VEXStatus translateSteps(const VEXStringVector& sourceParameters, const VEXStringVector& destinationParameters);
+
   std::unique_ptr<VEXReader> reader_;
   std::unique_ptr<VEXWriter> writer_;
 };

@@ -7,12 +7,11 @@
 
 #include "vex/inc/numtext.h"
 #include "vex/src/bytecur.h"
+#include "vex/src/plainnum.h"
 
 namespace dbf {
 
 namespace {
-
-constexpr std::uint64_t kEightBlanks = 0x2020202020202020;
 
 // The first byte of a two-byte character in the code pages that have them.
 bool leadsPair(unsigned char c) { return (c >= 129 && c <= 175) || (c >= 224 && c <= 252); }
@@ -31,55 +30,20 @@ void putInteger(std::string& bytes, std::size_t base, Place place, std::uint64_t
   for (std::size_t i = 0; i < place.width; ++i) bytes[base + place.offset + i] = static_cast<char>(value >> (8 * i));
 }
 
-std::size_t withoutTrailingBlanks(const char* bytes, std::size_t length) {
-  while (length >= 8) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, bytes + length - 8, sizeof word);
-    if (word != kEightBlanks) break;
-    length -= 8;
-  }
-  while (length > 0 && bytes[length - 1] == ' ') --length;
-  return length;
-}
-
-bool isDigit(char c) { return static_cast<unsigned char>(c - '0') < 10; }
-
-// The parts of a number in plain notation: sign and whole digits, then the digits behind the point.
-struct PlainNumber {
-  std::size_t wholeLength = 0;
-  std::string_view decimals;
-};
-
-bool splitPlainNumber(std::string_view text, PlainNumber& number) {
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  if (*at == '-' || *at == '+') ++at;
-  const char* const firstDigit = at;
-  while (at < end && isDigit(*at)) ++at;
-  std::size_t numDigits = static_cast<std::size_t>(at - firstDigit);
-  number.wholeLength = static_cast<std::size_t>(at - text.data());
-  if (at < end && *at == '.') {
-    const char* const firstDecimal = ++at;
-    while (at < end && isDigit(*at)) ++at;
-    number.decimals = std::string_view(firstDecimal, static_cast<std::size_t>(at - firstDecimal));
-    numDigits += number.decimals.size();
-  }
-  return at == end && numDigits > 0;
-}
-
 bool putPlainNumber(char* place, std::size_t width, std::size_t decimals, std::string_view text,
-                    const PlainNumber& number) {
+                    const VEXPlainNumber& number) {
   const std::size_t length = number.wholeLength + (decimals == 0 ? 0 : 1 + decimals);
-  if (length > width && (decimals == 0 || number.wholeLength >= width)) return false;
-  char* at = place + (length < width ? width - length : 0);
-  std::memcpy(at, text.data(), number.wholeLength);
-  if (decimals == 0) return true;
-  at += number.wholeLength;
-  *at++ = '.';
-  const auto room = static_cast<std::size_t>(place + width - at);
-  const std::size_t kept = std::min({number.decimals.size(), decimals, room});
-  std::copy_n(number.decimals.data(), kept, at);
-  std::fill_n(at + kept, std::min(decimals, room) - kept, '0');
+  char* at = place;
+  if (length <= width)
+    at += width - length;
+  else if (decimals == 0 || number.wholeLength >= width)
+    return false;
+  char* const end = at + std::min(length, width);
+  const std::size_t copied = std::min(text.size(), static_cast<std::size_t>(end - at));
+  wordscan::copyShort(at, text.data(), copied);
+  at += copied;
+  if (at < end && number.wholeLength == text.size()) *at++ = '.';
+  while (at < end) *at++ = '0';
   return true;
 }
 
@@ -91,7 +55,7 @@ bool putScaledNumber(char* place, std::size_t width, std::size_t decimals, std::
     return false;
   std::string spelled;
   appendFixed(spelled, value, static_cast<int>(decimals));
-  PlainNumber number;
+  VEXPlainNumber number;
   if (splitPlainNumber(spelled, number) && spelled.size() <= width)
     return putPlainNumber(place, width, decimals, spelled, number);
   if (text.size() > width) return false;
@@ -158,7 +122,7 @@ void decodeFields(std::string_view headerBytes, const Header& header, std::vecto
     // No name begins with a control character; 0x0A is seen in place of the terminator, zeros behind it.
     if (static_cast<unsigned char>(bytes[0]) < ' ') break;
     Field& field = fields.emplace_back();
-    field.name = textValue(bytes.substr(kFieldName.offset, kFieldName.width));
+    field.name = textValue(cutAtZero(bytes.substr(kFieldName.offset, kFieldName.width)));
     field.type = bytes[kFieldType.offset];
     field.length = static_cast<unsigned char>(bytes[kFieldLength.offset]);
     field.decimals = static_cast<unsigned char>(bytes[kFieldDecimals.offset]);
@@ -197,33 +161,14 @@ bool hasLowerCase(std::string_view name) {
   return found;
 }
 
-std::string_view textValue(std::string_view bytes) {
-  const std::size_t length = withoutTrailingBlanks(bytes.data(), bytes.size());
-  if (length == 0) return {};
-  const void* zero = std::memchr(bytes.data(), 0, length);
-  if (zero == nullptr) return bytes.substr(0, length);
-  const auto upToZero = static_cast<std::size_t>(static_cast<const char*>(zero) - bytes.data());
-  return bytes.substr(0, withoutTrailingBlanks(bytes.data(), upToZero));
-}
+std::string_view cutAtZero(std::string_view bytes) { return bytes.substr(0, bytes.find('\0')); }
 
-std::string_view numberValue(std::string_view bytes) {
-  const char* at = bytes.data();
-  const char* end = at + bytes.size();
-  while (at < end && *at == ' ') ++at;
-  const char* point = nullptr;
-  const char* stop = at;
-  bool hasExponent = false;
-  for (; stop < end && *stop != '\0'; ++stop) {
-    if (isDigit(*stop)) continue;
-    if (*stop == '.') point = stop;
-    hasExponent = hasExponent || *stop == 'e' || *stop == 'E';
-  }
-  while (stop > at && stop[-1] == ' ') --stop;
-  if (point != nullptr && !hasExponent) {
-    while (stop > point + 1 && stop[-1] == '0') --stop;
-    if (stop == point + 1) stop = point;
-  }
-  return stop == at ? std::string_view("0") : std::string_view(at, static_cast<std::size_t>(stop - at));
+std::string_view withoutSpareZeros(std::string_view number) {
+  const std::size_t point = number.find('.');
+  if (point == std::string_view::npos || number.find_first_of("eE") != std::string_view::npos) return number;
+  while (number.back() == '0' && number.size() > point + 1) number.remove_suffix(1);
+  if (number.back() == '.') number.remove_suffix(1);
+  return number.empty() ? std::string_view("0") : number;
 }
 
 std::string_view logicalValue(std::string_view bytes) {
@@ -235,14 +180,14 @@ std::string_view logicalValue(std::string_view bytes) {
 }
 
 void putText(char* place, std::size_t width, std::string_view text) {
-  std::copy_n(text.data(), std::min(width, text.size()), place);
+  wordscan::copyShort(place, text.data(), std::min(width, text.size()));
 }
 
 bool putNumber(char* place, std::size_t width, std::size_t decimals, std::string_view text) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
   while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
   if (text.empty()) return true;
-  PlainNumber number;
+  VEXPlainNumber number;
   if (splitPlainNumber(text, number)) [[likely]]
     return putPlainNumber(place, width, decimals, text, number);
   return putScaledNumber(place, width, decimals, text);

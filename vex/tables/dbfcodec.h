@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "vex/src/wordscan.h"
+
 namespace dbf {
 
 // A place in a fixed layout.
@@ -79,9 +81,22 @@ std::string nameForm(std::string_view name);
 // True when a lower-case letter stands outside the two-byte characters.
 bool hasLowerCase(std::string_view name);
 
-// ---- values: a view into the record, or a constant text ----
-std::string_view textValue(std::string_view bytes);     // without trailing blanks; a zero byte ends it
-std::string_view numberValue(std::string_view bytes);   // blanks and zeros behind the point cut; empty: "0"
+// ---- values: a view into the field's bytes, or a constant text ----
+// A field ends at its first zero byte. Readers ask for a whole record first whether it holds any.
+std::string_view cutAtZero(std::string_view bytes);
+// Without the blanks at its end.
+inline std::string_view textValue(std::string_view bytes) {
+  return bytes.substr(0, wordscan::lengthWithoutBlanks(bytes.data(), bytes.size()));
+}
+// Without the zeros behind the point, and without a point that stands last; numbers with an exponent stay.
+std::string_view withoutSpareZeros(std::string_view number);
+// Without blanks on both sides and spare zeros; empty: "0".
+inline std::string_view numberValue(std::string_view bytes) {
+  bytes.remove_prefix(wordscan::leadingBlanks(bytes.data(), bytes.size()));
+  bytes = textValue(bytes);
+  if (bytes.empty()) return "0";
+  return bytes.back() == '0' || bytes.back() == '.' ? withoutSpareZeros(bytes) : bytes;
+}
 std::string_view logicalValue(std::string_view bytes);  // "true", "false", or empty when unknown
 
 // Writes a text to a place that is filled with blanks; it is cut at its end.

@@ -93,6 +93,8 @@ void VEXDBFInput::settleFields(const std::vector<std::string>& beyond) {
     columnNames_.push_back(field.name);
   }
   fields_.assign(fieldTable_.size(), {});
+  cuts_.clear();
+  for (const dbf::Field& field : fieldTable_) cuts_.push_back({field.offset, field.length, field.type});
 }
 
 VEXStatus VEXDBFInput::close() {
@@ -173,10 +175,13 @@ VEXStatus VEXDBFInput::getRow(VEXTableRow& row, bool& endOfFile) {
     if (record[0] != dbf::kDeleted) break;
     ++numDeleted_;
   }
-  for (std::size_t i = 0; i < fieldTable_.size(); ++i) {
-    const dbf::Field& field = fieldTable_[i];
-    const std::string_view bytes(record.data() + field.offset, field.length);
-    switch (field.type) {
+  const bool hasZeros = record.find('\0', 1) != std::string_view::npos;
+  for (std::size_t i = 0; i < cuts_.size(); ++i) {
+    const Cut& cut = cuts_[i];
+    std::string_view bytes(record.data() + cut.offset, cut.length);
+    if (hasZeros) [[unlikely]]
+      bytes = dbf::cutAtZero(bytes);
+    switch (cut.type) {
       case 'N': case 'F': fields_[i] = dbf::numberValue(bytes); break;
       case 'L': fields_[i] = dbf::logicalValue(bytes); break;
       default: fields_[i] = dbf::textValue(bytes); break;

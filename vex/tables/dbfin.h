@@ -38,6 +38,12 @@ class VEXDBFInput final : public VEXTableInput {
 
   dbf::Header header_;
   std::vector<dbf::Field> fieldTable_;  // one for each column, names in readable form
+  struct Cut {
+    std::uint32_t offset;
+    std::uint32_t length;
+    char type;
+  };
+  std::vector<Cut> cuts_;               // the same, as the row loop wants it
   std::vector<dbf::Field> leftOut_;     // of kinds that are not read
   std::uint64_t numRecords_ = 0;        // that really are there
   std::uint64_t nextRecord_ = 0;

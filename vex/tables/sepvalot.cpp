@@ -1,29 +1,13 @@
 #include "vex/tables/sepvalot.h"
 
-#include <cstring>
-
 #include "vex/inc/numtext.h"
 #include "vex/src/vexlog.h"
+#include "vex/src/wordscan.h"
 #include "vex/tables/sepvalin.h"
 
 namespace {
 
 constexpr std::size_t kLongestInPlace = std::size_t{1} << 16;  // longer rows go piece by piece
-
-// Copies a short text: most values are a few bytes, for which a call costs more than the copy.
-char* put(char* at, std::string_view text) {
-  const std::size_t size = text.size();
-  const char* const from = text.data();
-  if (size >= 8 && size <= 16) {
-    std::memcpy(at, from, 8);
-    std::memcpy(at + size - 8, from + size - 8, 8);
-  } else if (size > 16) {
-    std::memcpy(at, from, size);
-  } else {
-    for (std::size_t i = 0; i < size; ++i) at[i] = from[i];
-  }
-  return at + size;
-}
 
 }  // namespace
 
@@ -64,8 +48,9 @@ VEXStatus VEXSeparatedOutput::writeRow(VEXTableRow fields) {
     row_.assign(fields.begin(), fields.end());
     for (Shaped& shaped : shaped_) {
       std::string_view& value = row_[shaped.column];
-      if (shaped.format.format(value, shaped.text))
-        value = shaped.text;
+      std::string_view text;
+      if (shaped.format.format(value, shaped.text, text)) [[likely]]
+        value = text;
       else
         ++shaped.numUnsuited;
     }
@@ -91,7 +76,8 @@ bool VEXSeparatedOutput::appendRow(VEXTableRow fields) {
     if (at == nullptr) return false;
     for (std::size_t i = 0; i < fields.size(); ++i) {
       if (i > 0) *at++ = separator_;
-      at = put(at, fields[i]);
+      wordscan::copyShort(at, fields[i].data(), fields[i].size());
+      at += fields[i].size();
     }
     *at = '\n';
     return true;

@@ -9,9 +9,12 @@
 
 namespace {
 
-std::uint32_t numberOf(const VEXStatus& status) { return status == nullptr ? 0 : status->messageNumber(); }
+std::uint32_t numberOf(const VEXStatus& status) {
+  return status == nullptr ? 0 : status->messageNumber();
+}
 
-// Remembers what it is called with; gives its arguments back, one in brackets each. "@Echo(delete)" deletes the feature.
+// Remembers what it is called with; gives its arguments back, one in brackets each. "@Echo(delete)" deletes the
+// feature.
 class EchoCommand final : public VEXCommand {
  public:
   const char* name() const override { return "Echo"; }
@@ -50,11 +53,11 @@ TEST_F(Call, ArgumentsAreCutAtTopLevelCommas) {
     const char* text;
     const char* result;
   };
-  for (const Row& row : {Row{"@Echo()", ""}, Row{"@Echo(a,)", "<a><>"}, Row{"@Echo(,)", "<><>"},
-                         Row{"@Echo(a,(b,c),d)", "<a><(b,c)><d>"}, Row{"@Echo([b,c],d)", "<[b,c]><d>"},
-                         Row{"@Echo(['a-b'])", "<a-b>"}, Row{"@Echo([''])", "<>"}, Row{"@Echo(['])", "<[']>"},
-                         Row{"@Echo(abc", "<ab>"}, Row{"xEcho(a)", "<a>"}, Row{"@Echo", "#209001"},
-                         Row{"@echo(a)", "#209002"}, Row{"", "#209001"}, Row{"(a)", "#209001"}})
+  for (const Row& row :
+       {Row{"@Echo()", ""}, Row{"@Echo(a,)", "<a><>"}, Row{"@Echo(,)", "<><>"},
+        Row{"@Echo(a,(b,c),d)", "<a><(b,c)><d>"}, Row{"@Echo([b,c],d)", "<[b,c]><d>"}, Row{"@Echo(['a-b'])", "<a-b>"},
+        Row{"@Echo([''])", "<>"}, Row{"@Echo(['])", "<[']>"}, Row{"@Echo(abc", "<ab>"}, Row{"xEcho(a)", "<a>"},
+        Row{"@Echo", "#209001"}, Row{"@echo(a)", "#209002"}, Row{"", "#209001"}, Row{"(a)", "#209001"}})
     EXPECT_EQ(execute(row.text), row.result) << row.text;
 }
 
@@ -164,17 +167,21 @@ TEST_F(Call, FirstFunctions) {
     const char* call;
     const char* result;
   };
-  for (const Row& row :
-       {Row{"@Concatenate(a,&b,c)", "atwoc"}, Row{"@FeatureType()", "t"}, Row{"@Count()", "0"}, Row{"@Count()", "1"},
-        Row{"@Count(d,10,3)", "1"}, Row{"@Count(d,10,3)", "2"}, Row{"@Count(d,10,3)", "0"}, Row{"@Count(e,x)", "#814002"},
-        Row{"@Count(e,1,0)", "#814003"}, Row{"@Log(m,x)", "#827004"}, Row{"@Log(m,1,x)", "#827006"},
-        Row{"@SupplyAttributes(a)", "#844001"}, Row{"@SupplyAttributes(a,1,b)", "#844001"}})
+  for (const Row& row : {Row{"@Concatenate(a,&b,c)", "atwoc"}, Row{"@FeatureType()", "t"}, Row{"@Count()", "0"},
+                         Row{"@Count()", "1"}, Row{"@Count(d,10,3)", "1"}, Row{"@Count(d,10,3)", "2"},
+                         Row{"@Count(d,10,3)", "0"}, Row{"@Count(e,x)", "#814002"}, Row{"@Count(e,1,0)", "#814003"},
+                         Row{"@Log(m,x)", "#827004"}, Row{"@Log(m,1,x)", "#827006"},
+                         Row{"@SupplyAttributes(a)", "#844001"}, Row{"@SupplyAttributes(a,1,b)", "#844001"}})
     EXPECT_EQ(execute(row.call), row.result) << row.call;
   VEXFeaturePtr feature = makeFeature("t {b=2, a=1}");
   std::string all;
   std::string result;
   ASSERT_EQ(VEXFeature::performFunction("@SupplyAttributes()", feature, all), nullptr);
-  EXPECT_EQ(all, "a\x01" "1\x01" "b\x01" "2");
+  EXPECT_EQ(all,
+            "a\x01"
+            "1\x01"
+            "b\x01"
+            "2");
   ASSERT_EQ(VEXFeature::performFunction("@FeatureType(other)", feature, result), nullptr);
   ASSERT_EQ(VEXFeature::performFunction("@SupplyAttributes(a,9,c,3)", feature, result), nullptr);
   EXPECT_EQ(describe(*feature), "other {a=9, b=2, c=3}");

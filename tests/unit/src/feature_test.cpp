@@ -106,8 +106,7 @@ TEST_F(Spool, MixesWritesAndReads) {
     EXPECT_EQ(describe(out), "t {n=" + std::to_string(read) + "} line 0 0, " + std::to_string(read) + " 1");
     ++read;
   }
-  for (; fifo.read(out, got) == nullptr && got; ++read)
-    EXPECT_EQ(*out.findAttribute("n"), std::to_string(read));
+  for (; fifo.read(out, got) == nullptr && got; ++read) EXPECT_EQ(*out.findAttribute("n"), std::to_string(read));
   EXPECT_EQ(read, 3000);
 }
 
@@ -160,7 +159,10 @@ TEST_F(Spool, StoredFormCutAnywhereFails) {
 TEST_F(Spool, TemporaryFolderFallsThroughWhatIsNoDirectory) {
   std::string file = folder_ + "/plain";
   setenv("TEMP", folder_.c_str(), 1);
-  { VEXOutputFile out; ASSERT_TRUE(out.open(file)); }
+  {
+    VEXOutputFile out;
+    ASSERT_TRUE(out.open(file));
+  }
   setenv("ORV_TEMP", file.c_str(), 1);
   EXPECT_EQ(VEXTempFileManager::folder(), folder_);
   unsetenv("TEMP");

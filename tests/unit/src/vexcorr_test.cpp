@@ -87,7 +87,9 @@ TEST_F(Correlation, RewritesAFeature) {
 }
 
 TEST_F(Correlation, FunctionsRunForwardOnTheDestinationAndBackwardOnTheSource) {
-  ASSERT_EQ(load({"S a @SupplyAttributes(v,1) @SupplyAttributes(v,2) v %v", "D b w %v @SupplyAttributes(x,1) @SupplyAttributes(x,2)"}), 0U);
+  ASSERT_EQ(load({"S a @SupplyAttributes(v,1) @SupplyAttributes(v,2) v %v",
+                  "D b w %v @SupplyAttributes(x,1) @SupplyAttributes(x,2)"}),
+            0U);
   EXPECT_EQ(correlate("a"), "b {w=1, x=2}");
 }
 
@@ -108,9 +110,14 @@ TEST_F(Correlation, StatisticsAreKeyedByConstants) {
     key.resize(72, ' ');
     return key + std::string(6 - count.size(), ' ') + count + "\n";
   };
-  for (const auto& [key, count] : std::initializer_list<std::pair<const char*, const char*>>{
-           {"road", "1"}, {"road+LAYER+12", "2"}, {"Total Features Converted", "3"}, {"lake", "1"},
-           {"Total Features NOT Converted", "1"}, {"out", "3"}, {"Total Features Output", "3"}})
+  for (const auto& [key, count] :
+       std::initializer_list<std::pair<const char*, const char*>>{{"road", "1"},
+                                                                  {"road+LAYER+12", "2"},
+                                                                  {"Total Features Converted", "3"},
+                                                                  {"lake", "1"},
+                                                                  {"Total Features NOT Converted", "1"},
+                                                                  {"out", "3"},
+                                                                  {"Total Features Output", "3"}})
     EXPECT_NE(log.find("\n" + line(key, count)), std::string::npos) << key << "\n" << log;
 }
 
@@ -123,7 +130,8 @@ TEST_F(Correlation, TransferReportsTellWhatIsLost) {
   VEXFeatureSpec::setTransferReport(false);
   EXPECT_NE(log.find("Attributes not available for transfer from instance of `a': x(%x) "), std::string::npos) << log;
   EXPECT_NE(log.find("Attributes IGNORED for featuretype `a': other "), std::string::npos) << log;
-  EXPECT_NE(log.find("Attributes requested for `b' but not found in instance of `a': y(%x) "), std::string::npos) << log;
+  EXPECT_NE(log.find("Attributes requested for `b' but not found in instance of `a': y(%x) "), std::string::npos)
+      << log;
 }
 
 TEST_F(Correlation, FactoriesTestAndSetWithoutVariables) {

@@ -6,7 +6,9 @@
 
 namespace {
 
-std::uint32_t numberOf(const VEXStatus& status) { return status == nullptr ? 0 : status->messageNumber(); }
+std::uint32_t numberOf(const VEXStatus& status) {
+  return status == nullptr ? 0 : status->messageNumber();
+}
 
 TEST(AttributeTable, SurvivesRandomSetsAndRemovals) {
   VEXAttributeTable table;
@@ -93,7 +95,10 @@ TEST(Object, Lists) {
   EXPECT_EQ(object.getList("none{}", values, found), nullptr);
   EXPECT_FALSE(found);
   EXPECT_EQ(numberOf(object.setPairs("q{}", "ab\x02v")), 879003U);
-  EXPECT_EQ(object.setPairs("q{}", "0{}\x02zero\x02" "1{}\x02"), nullptr);
+  EXPECT_EQ(object.setPairs("q{}",
+                            "0{}\x02zero\x02"
+                            "1{}\x02"),
+            nullptr);
   EXPECT_EQ(*object.findAttribute("q{0}"), "zero");
   EXPECT_EQ(*object.findAttribute("q{1}"), "");
 }

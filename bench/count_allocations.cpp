@@ -1,0 +1,74 @@
+// Counts what the road of a feature allocates: runs one translation on n and on 2n rows and compares. What the
+// second n rows cost is the steady state. Prints allocations per feature; fails above one in a hundred.
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <string>
+
+#include "vex/inc/orvane.h"
+
+namespace {
+std::atomic<long> allocations{0};
+}
+
+void* operator new(std::size_t size) {
+  ++allocations;
+  void* memory = std::malloc(size == 0 ? 1 : size);
+  if (memory == nullptr) std::abort();
+  return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void writeRows(const fs::path& path, int rows) {
+  std::ofstream out(path);
+  out << "ID,NAME,VALUE\n";
+  for (int i = 0; i < rows; ++i) out << i << ",a name that is longer than a short string " << i % 7 << ',' << i * 0.25 << '\n';
+}
+
+long allocationsOf(const fs::path& directory, const char* mappingFile, const char* input) {
+  std::string mapping = (directory / mappingFile).string();
+  std::string macro = input;
+  const char* arguments[] = {"orv", mapping.c_str(), "--INPUT", macro.c_str()};
+  long before = allocations;
+  if (ORV_Translate(4, arguments, 0, nullptr, nullptr) != 0) std::exit(1);
+  return allocations - before;
+}
+
+void writeMapping(const fs::path& path, const std::string& source, const std::string& destination) {
+  std::ofstream(path) << "READER_TYPE TABLE\nREADER_KEYWORD IN\nIN_DATASET $(ORV_MF_DIR)\nIN_DEF r " << source
+                      << "\nWRITER_TYPE TABLE\nWRITER_KEYWORD OUT\nOUT_DATASET $(ORV_MF_DIR)out\nOUT_DEF s " << destination
+                      << "\nIN r ID %id NAME %name VALUE %value\n"
+                      << "OUT s ID %id NAME %name VALUE %value LABEL @Concatenate(%name,-,%id)\n";
+}
+
+}  // namespace
+
+int main() {
+  constexpr int kRows = 20000;
+  fs::path directory = fs::temp_directory_path() / ("orv_count_" + std::to_string(std::rand()) + "_" + std::to_string(allocations));
+  fs::create_directories(directory);
+  writeRows(directory / "once.csv", kRows);
+  writeRows(directory / "twice.csv", 2 * kRows);
+  const std::string columns = " ID number(10,0) NAME char(60) VALUE number(12,2) LABEL char(80)";
+  writeMapping(directory / "csv_dbf.orv", "CSV $(INPUT).csv CSV_SKIP_LINES 1", "DBF $(INPUT).dbf" + columns);
+  writeMapping(directory / "dbf_csv.orv", "DBF out/$(INPUT).dbf", "CSV $(INPUT).csv" + columns);
+  writeMapping(directory / "csv_csv.orv", "CSV $(INPUT).csv CSV_SKIP_LINES 1", "CSV $(INPUT)2.csv" + columns);
+  bool isSteady = true;
+  for (const char* job : {"csv_dbf.orv", "dbf_csv.orv", "csv_csv.orv"}) {
+    long once = allocationsOf(directory, job, "once");
+    long twice = allocationsOf(directory, job, "twice");
+    double each = static_cast<double>(twice - once) / kRows;
+    std::printf("%-12s %ld allocations for %d rows, %ld for %d: %.4f per further feature\n", job, once, kRows, twice, 2 * kRows, each);
+    isSteady = isSteady && each < 0.01;
+  }
+  fs::remove_all(directory);
+  return isSteady ? 0 : 1;
+}

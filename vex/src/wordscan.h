@@ -1,0 +1,86 @@
+// Short texts looked at and copied a word at a time: fields of tables are a few bytes long, and for those a call of a
+// library routine, or a loop over bytes, costs more than the work. A mask has the high bit of each byte that is
+// meant; the byte that comes first in memory is the lowest.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+namespace wordscan {
+
+static_assert(std::endian::native == std::endian::little, "the first byte in memory must be the lowest of a word");
+
+inline constexpr std::uint64_t kEach = 0x0101010101010101;
+inline constexpr std::uint64_t kHighBits = 0x80 * kEach;
+
+// Eight bytes; they must be there.
+inline std::uint64_t load(const char* at) {
+  std::uint64_t word;
+  std::memcpy(&word, at, sizeof word);
+  return word;
+}
+
+// At most eight bytes, the rest of the word zero; nothing behind them is touched.
+inline std::uint64_t loadShort(const char* at, std::size_t count) {
+  if (count >= 8) return load(at);
+  if (count >= 4) {
+    std::uint32_t first, last;
+    std::memcpy(&first, at, sizeof first);
+    std::memcpy(&last, at + count - 4, sizeof last);
+    return first | static_cast<std::uint64_t>(last) << (8 * (count - 4));
+  }
+  std::uint64_t word = 0;
+  for (std::size_t i = 0; i < count; ++i) word |= static_cast<std::uint64_t>(static_cast<unsigned char>(at[i])) << (8 * i);
+  return word;
+}
+
+inline std::uint64_t nonZeroBytes(std::uint64_t word) {
+  return (((word & ~kHighBits) + 0x7F * kEach) | word) & kHighBits;
+}
+inline std::uint64_t nonBlankBytes(std::uint64_t word) { return nonZeroBytes(word ^ (0x20 * kEach)); }
+inline std::uint64_t nonDigitBytes(std::uint64_t word) {
+  const std::uint64_t value = word ^ (0x30 * kEach);
+  return (((value & ~kHighBits) + 0x76 * kEach) | value) & kHighBits;
+}
+// Of a mask that is not zero: the index of its first and last byte.
+inline std::size_t firstByte(std::uint64_t mask) { return static_cast<std::size_t>(std::countr_zero(mask)) / 8; }
+inline std::size_t lastByte(std::uint64_t mask) { return 7 - static_cast<std::size_t>(std::countl_zero(mask)) / 8; }
+
+// The length of a text without the blanks at its end.
+inline std::size_t lengthWithoutBlanks(const char* text, std::size_t length) {
+  for (; length >= 8; length -= 8)
+    if (const std::uint64_t mask = nonBlankBytes(load(text + length - 8)); mask != 0)
+      return length - 7 + lastByte(mask);
+  while (length > 0 && text[length - 1] == ' ') --length;
+  return length;
+}
+
+// How many blanks a text begins with.
+inline std::size_t leadingBlanks(const char* text, std::size_t length) {
+  std::size_t at = 0;
+  for (; at + 8 <= length; at += 8)
+    if (const std::uint64_t mask = nonBlankBytes(load(text + at)); mask != 0) return at + firstByte(mask);
+  while (at < length && text[at] == ' ') ++at;
+  return at;
+}
+
+// Copies `count` bytes between places that do not overlap.
+inline void copyShort(char* to, const char* from, std::size_t count) {
+  if (count > 32) {
+    std::memcpy(to, from, count);
+  } else if (count >= 16) {
+    std::memcpy(to, from, 16);
+    std::memcpy(to + count - 16, from + count - 16, 16);
+  } else if (count >= 8) {
+    std::memcpy(to, from, 8);
+    std::memcpy(to + count - 8, from + count - 8, 8);
+  } else if (count >= 4) {
+    std::memcpy(to, from, 4);
+    std::memcpy(to + count - 4, from + count - 4, 4);
+  } else {
+    for (std::size_t i = 0; i < count; ++i) to[i] = from[i];
+  }
+}
+
+}  // namespace wordscan
