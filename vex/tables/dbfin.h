@@ -44,9 +44,9 @@ class VEXDBFInput final : public VEXTableInput {
     std::uint32_t length;
     char type;
   };
-  std::vector<Cut> cuts_;               // the same, as the row loop wants it
-  std::vector<dbf::Field> leftOut_;     // of kinds that are not read
-  std::uint64_t numRecords_ = 0;        // that really are there
+  std::vector<Cut> cuts_;            // the same, as the row loop wants it
+  std::vector<dbf::Field> leftOut_;  // of kinds that are not read
+  std::uint64_t numRecords_ = 0;     // that really are there
   std::uint64_t nextRecord_ = 0;
   std::uint64_t numDeleted_ = 0;
 };
