@@ -116,7 +116,7 @@ VEXStatus ORVTranslator::resetRegistry() {
 VEXStatus ORVTranslator::getUsage(const std::string& programName, std::string& text) {
   text.clear();
   std::string line;
-  for (std::uint32_t number : {875102U, 875103U, 875108U, 875104U, 875105U}) {
+  for (std::uint32_t number : {875102, 875103, 875108, 875104, 875105}) {
     VEX_TRY(getMessage(number, {programName}, line));
     text += line + "\n";
   }

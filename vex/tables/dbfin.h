@@ -29,6 +29,7 @@ class VEXDBFInput final : public VEXTableInput {
   VEXStatus fieldType(std::size_t index, std::string& typeText) const;
   // The record that the next getRow looks at, counted from 0; deleted ones are passed over from there.
   VEXStatus moveToRecord(std::uint64_t record);
+  std::uint64_t nextRecord() const { return nextRecord_; }  // behind a row: its record + 1
   std::uint64_t numDeleted() const { return numDeleted_; }
 
  private:
