@@ -138,6 +138,7 @@ double roundedTo(double value, int decimals) {
   const double scaled = decimals >= 0 ? value * p : value / p;
   if (!(std::fabs(scaled) < 9007199254740992.0)) return value;  // no fraction is left at 2 to the 53rd
   const double whole = std::trunc(scaled >= 0.0 ? scaled + 0.5 : scaled - 0.5);
+  if (whole == 0.0) return 0.0;
   return decimals >= 0 ? whole / p : whole * p;
 }
 
