@@ -25,10 +25,18 @@ struct Column {
 };
 
 constexpr Column kColumns[] = {
-    {"ID", "number(10,0)", "1234567"},        {"NAME", "char(24)", "Northern Avenue"}, {"CODE", "char(8)", "AB-12345"},
-    {"LENGTH", "number(12,3)", "1523.875"},   {"WIDTH", "number(8,2)", "12.5"},        {"OPENED", "date", "19870412"},
-    {"PAVED", "logical", "true"},             {"LANES", "number(4,0)", "4"},           {"OWNER", "char(30)", "City of Somewhere"},
-    {"X", "number(15,6)", "-123.456789"},     {"Y", "number(15,6)", "49.282729"},      {"NOTE", "char(40)", "resurfaced after the storm"},
+    {"ID", "number(10,0)", "1234567"},
+    {"NAME", "char(24)", "Northern Avenue"},
+    {"CODE", "char(8)", "AB-12345"},
+    {"LENGTH", "number(12,3)", "1523.875"},
+    {"WIDTH", "number(8,2)", "12.5"},
+    {"OPENED", "date", "19870412"},
+    {"PAVED", "logical", "true"},
+    {"LANES", "number(4,0)", "4"},
+    {"OWNER", "char(30)", "City of Somewhere"},
+    {"X", "number(15,6)", "-123.456789"},
+    {"Y", "number(15,6)", "49.282729"},
+    {"NOTE", "char(40)", "resurfaced after the storm"},
 };
 
 // The same files for all runs, in a directory that goes away at the end.
@@ -94,11 +102,21 @@ void writeTable(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * kNumRows);
 }
 
-void splitRow(benchmark::State& state) { readTable<VEXSeparatedInput>(state, "rows.csv", false); }
-void splitQuotableRow(benchmark::State& state) { readTable<VEXSeparatedInput>(state, "rows.csv", true); }
-void readDbfRecord(benchmark::State& state) { readTable<VEXDBFInput>(state, "rows.dbf", false); }
-void writeDbfRecord(benchmark::State& state) { writeTable<VEXDBFOutput>(state); }
-void writeTextRow(benchmark::State& state) { writeTable<VEXSeparatedOutput>(state); }
+void splitRow(benchmark::State& state) {
+  readTable<VEXSeparatedInput>(state, "rows.csv", false);
+}
+void splitQuotableRow(benchmark::State& state) {
+  readTable<VEXSeparatedInput>(state, "rows.csv", true);
+}
+void readDbfRecord(benchmark::State& state) {
+  readTable<VEXDBFInput>(state, "rows.dbf", false);
+}
+void writeDbfRecord(benchmark::State& state) {
+  writeTable<VEXDBFOutput>(state);
+}
+void writeTextRow(benchmark::State& state) {
+  writeTable<VEXSeparatedOutput>(state);
+}
 
 BENCHMARK(splitRow)->Unit(benchmark::kMillisecond);
 BENCHMARK(splitQuotableRow)->Unit(benchmark::kMillisecond);

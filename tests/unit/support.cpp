@@ -105,5 +105,6 @@ const std::string& scratchDirectory() {
 void EngineScope::row(std::string_view text) {
   VEXStringVector tokens;
   splitAt(text, ' ', tokens);
+  std::erase(tokens, "");
   VEXConfiguration::addRow(std::move(tokens));
 }

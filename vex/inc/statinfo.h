@@ -50,7 +50,12 @@ VEXStatus makeRejection(std::uint32_t number, std::initializer_list<std::string_
 VEXStatus makeTextStatus(std::int32_t severity, std::string message,
                          VEXSourceLocation at = VEXSourceLocation::current());
 // Adds the caller's place to the trace. Null stays null.
-VEXStatus extendStatus(VEXStatus failure, VEXSourceLocation at = VEXSourceLocation::current());
+void extendFailure(VEXStatusInfo& failure, VEXSourceLocation at);
+inline VEXStatus extendStatus(VEXStatus failure, VEXSourceLocation at = VEXSourceLocation::current()) {
+  if (failure != nullptr) [[unlikely]]
+    extendFailure(*failure, at);
+  return failure;
+}
 // Adds a line of the caller's words to the trace. Null stays null.
 VEXStatus extendStatusText(VEXStatus failure, std::string_view line);
 // Drops a status whose failure makes no difference; say why at the call.

@@ -48,7 +48,8 @@ class VEXAttributeTable {
 
  private:
   static constexpr std::size_t kFirstBuckets = 17;
-  std::size_t bucketOf(VEXName name) const { return name.hash() % buckets_.size(); }
+  // Scales the hash to the bucket count: a multiplication where a remainder would cost a division.
+  std::size_t bucketOf(VEXName name) const { return (std::uint64_t{name.hash()} * buckets_.size()) >> 32; }
 
   std::vector<std::int32_t> buckets_;  // chain heads, -1 when empty
   std::vector<Slot> slots_;            // used and spare

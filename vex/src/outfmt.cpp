@@ -8,10 +8,12 @@
 
 namespace {
 
-constexpr std::size_t kMostCharacters = 99;    // of a formatted number
-constexpr std::size_t kMostExactDigits = 15;   // a text of so many digits is the same text again behind a double
+constexpr std::size_t kMostCharacters = 99;   // of a formatted number
+constexpr std::size_t kMostExactDigits = 15;  // a text of so many digits is the same text again behind a double
 
-bool contains(std::string_view text, std::string_view word) { return text.find(word) != std::string_view::npos; }
+bool contains(std::string_view text, std::string_view word) {
+  return text.find(word) != std::string_view::npos;
+}
 
 template <class Integer>
 bool isWithin(double value) {
@@ -65,9 +67,12 @@ bool VEXOutputFormat::format(double value, std::string& out) const {
   }
   appendFixed(out, value, decimals_);
   switch (kind_) {
-    case Kind::Small: return isWithin<std::int16_t>(std::round(value));
-    case Kind::Integer: return isWithin<std::int32_t>(std::round(value));
-    default: return out.size() <= room && out.size() <= kMostCharacters;
+    case Kind::Small:
+      return isWithin<std::int16_t>(std::round(value));
+    case Kind::Integer:
+      return isWithin<std::int32_t>(std::round(value));
+    default:
+      return out.size() <= room && out.size() <= kMostCharacters;
   }
 }
 

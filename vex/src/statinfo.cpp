@@ -68,12 +68,9 @@ VEXStatus makeTextStatus(std::int32_t severity, std::string message, VEXSourceLo
   return announce(std::move(failure));
 }
 
-VEXStatus extendStatus(VEXStatus failure, VEXSourceLocation at) {
-  if (failure != nullptr) {
-    failure->addTrace(at.text() + " - ");
-    remember(*failure);
-  }
-  return failure;
+void extendFailure(VEXStatusInfo& failure, VEXSourceLocation at) {
+  failure.addTrace(at.text() + " - ");
+  remember(failure);
 }
 
 VEXStatus extendStatusText(VEXStatus failure, std::string_view line) {

@@ -13,6 +13,7 @@
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 20;
+constexpr std::size_t kFirstPiece = std::size_t{16} << 10;
 
 // read(2) until `count` bytes are there, the end is met or an error stands in `error`.
 std::size_t readFully(int fd, char* bytes, std::size_t count, int& error) {
@@ -53,6 +54,7 @@ bool VEXInputFile::open(const std::string& path) {
   }
   blockStart_ = 0;
   at_ = end_ = 0;
+  readAhead_ = kBlock;
   return true;
 }
 
@@ -81,7 +83,9 @@ bool VEXInputFile::fill(std::size_t wanted) {
     buffer_ = std::move(moved);
     capacity_ = larger;
   }
-  end_ += readFully(fd_, buffer_.get() + end_, capacity_ - end_, error_);
+  const std::size_t piece = std::min(capacity_ - end_, std::max(readAhead_, wanted - end_));
+  readAhead_ = std::min(readAhead_ * 2, kBlock);
+  end_ += readFully(fd_, buffer_.get() + end_, piece, error_);
   return end_ >= wanted;
 }
 
@@ -126,6 +130,7 @@ bool VEXInputFile::seek(std::uint64_t offset) {
   }
   blockStart_ = offset;
   at_ = end_ = 0;
+  readAhead_ = kFirstPiece;  // who jumps may jump again; reading on gets back to whole blocks soon
   return true;
 }
 

@@ -47,6 +47,7 @@ class VEXInputFile {
   std::size_t at_ = 0;
   std::size_t end_ = 0;           // valid bytes in the buffer
   std::size_t capacity_ = 0;
+  std::size_t readAhead_ = 0;     // bytes that the next fill asks for at least
   std::unique_ptr<char[]> buffer_;
 };
 

@@ -31,21 +31,28 @@ inline std::uint64_t loadShort(const char* at, std::size_t count) {
     return first | static_cast<std::uint64_t>(last) << (8 * (count - 4));
   }
   std::uint64_t word = 0;
-  for (std::size_t i = 0; i < count; ++i) word |= static_cast<std::uint64_t>(static_cast<unsigned char>(at[i])) << (8 * i);
+  for (std::size_t i = 0; i < count; ++i)
+    word |= static_cast<std::uint64_t>(static_cast<unsigned char>(at[i])) << (8 * i);
   return word;
 }
 
 inline std::uint64_t nonZeroBytes(std::uint64_t word) {
   return (((word & ~kHighBits) + 0x7F * kEach) | word) & kHighBits;
 }
-inline std::uint64_t nonBlankBytes(std::uint64_t word) { return nonZeroBytes(word ^ (0x20 * kEach)); }
+inline std::uint64_t nonBlankBytes(std::uint64_t word) {
+  return nonZeroBytes(word ^ (0x20 * kEach));
+}
 inline std::uint64_t nonDigitBytes(std::uint64_t word) {
   const std::uint64_t value = word ^ (0x30 * kEach);
   return (((value & ~kHighBits) + 0x76 * kEach) | value) & kHighBits;
 }
 // Of a mask that is not zero: the index of its first and last byte.
-inline std::size_t firstByte(std::uint64_t mask) { return static_cast<std::size_t>(std::countr_zero(mask)) / 8; }
-inline std::size_t lastByte(std::uint64_t mask) { return 7 - static_cast<std::size_t>(std::countl_zero(mask)) / 8; }
+inline std::size_t firstByte(std::uint64_t mask) {
+  return static_cast<std::size_t>(std::countr_zero(mask)) / 8;
+}
+inline std::size_t lastByte(std::uint64_t mask) {
+  return 7 - static_cast<std::size_t>(std::countl_zero(mask)) / 8;
+}
 
 // The length of a text without the blanks at its end.
 inline std::size_t lengthWithoutBlanks(const char* text, std::size_t length) {

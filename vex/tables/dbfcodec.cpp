@@ -14,7 +14,9 @@ namespace dbf {
 namespace {
 
 // The first byte of a two-byte character in the code pages that have them.
-bool leadsPair(unsigned char c) { return (c >= 129 && c <= 175) || (c >= 224 && c <= 252); }
+bool leadsPair(unsigned char c) {
+  return (c >= 129 && c <= 175) || (c >= 224 && c <= 252);
+}
 
 // Calls visit(character, isPair) for each byte, both bytes of a pair marked.
 template <class Visit>
@@ -151,7 +153,8 @@ std::string nameForm(std::string_view name) {
   std::string bare(name);
   std::erase(bare, '-');
   std::string form;
-  walkName(bare, [&form](char c, bool isPair) { form += !isPair && c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+  walkName(bare,
+           [&form](char c, bool isPair) { form += !isPair && c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
   return form;
 }
 
@@ -161,7 +164,9 @@ bool hasLowerCase(std::string_view name) {
   return found;
 }
 
-std::string_view cutAtZero(std::string_view bytes) { return bytes.substr(0, bytes.find('\0')); }
+std::string_view cutAtZero(std::string_view bytes) {
+  return bytes.substr(0, bytes.find('\0'));
+}
 
 std::string_view withoutSpareZeros(std::string_view number) {
   const std::size_t point = number.find('.');
@@ -173,9 +178,18 @@ std::string_view withoutSpareZeros(std::string_view number) {
 
 std::string_view logicalValue(std::string_view bytes) {
   switch (bytes.empty() ? ' ' : bytes.front()) {
-    case 'T': case 't': case 'Y': case 'y': return "true";
-    case 'F': case 'f': case 'N': case 'n': return "false";
-    default: return {};
+    case 'T':
+    case 't':
+    case 'Y':
+    case 'y':
+      return "true";
+    case 'F':
+    case 'f':
+    case 'N':
+    case 'n':
+      return "false";
+    default:
+      return {};
   }
 }
 

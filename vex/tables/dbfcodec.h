@@ -21,8 +21,8 @@ struct Place {
 
 inline constexpr std::size_t kHeaderBytes = 32;
 inline constexpr Place kVersion{0, 1};
-inline constexpr Place kYear{1, 1};           // less 1900
-inline constexpr Place kMonth{2, 1};          // 1 to 12
+inline constexpr Place kYear{1, 1};   // less 1900
+inline constexpr Place kMonth{2, 1};  // 1 to 12
 inline constexpr Place kDay{3, 1};
 inline constexpr Place kNumRecords{4, 4};     // deleted ones included
 inline constexpr Place kHeaderLength{8, 2};   // offset of the first record
@@ -30,7 +30,7 @@ inline constexpr Place kRecordLength{10, 2};  // with the deletion byte
 inline constexpr Place kLanguage{29, 1};      // code page
 
 inline constexpr std::size_t kFieldBytes = 32;
-inline constexpr Place kFieldName{0, 11};     // filled with zero bytes
+inline constexpr Place kFieldName{0, 11};  // filled with zero bytes
 inline constexpr Place kFieldType{11, 1};
 inline constexpr Place kFieldLength{16, 1};
 inline constexpr Place kFieldDecimals{17, 1};
@@ -58,11 +58,11 @@ struct Header {
 };
 
 struct Field {
-  std::string name;           // as it stands in the file, or in readable form: see nameForm
+  std::string name;  // as it stands in the file, or in readable form: see nameForm
   char type = 'C';
-  std::uint32_t length = 0;   // above 255 only in a C field, whose decimals byte is the high byte then
+  std::uint32_t length = 0;  // above 255 only in a C field, whose decimals byte is the high byte then
   std::uint32_t decimals = 0;
-  std::uint32_t offset = 0;   // in the record, the deletion byte counted
+  std::uint32_t offset = 0;  // in the record, the deletion byte counted
 };
 
 // False when fewer than kHeaderBytes are there.

@@ -13,15 +13,23 @@ constexpr std::uint8_t kVersionSeven = 0x8C;  // dBase 7: another layout
 
 VEXFieldKind kindOf(char type) {
   switch (type) {
-    case 'C': return VEXFieldKind::Char;
-    case 'N': case 'F': return VEXFieldKind::Number;
-    case 'D': return VEXFieldKind::Date;
-    case 'L': return VEXFieldKind::Logical;
-    default: return VEXFieldKind::Unknown;
+    case 'C':
+      return VEXFieldKind::Char;
+    case 'N':
+    case 'F':
+      return VEXFieldKind::Number;
+    case 'D':
+      return VEXFieldKind::Date;
+    case 'L':
+      return VEXFieldKind::Logical;
+    default:
+      return VEXFieldKind::Unknown;
   }
 }
 
-bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+bool isLetter(char c) {
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
 
 // A type letter in a form that can be shown.
 std::string shownType(char type) {
@@ -50,9 +58,9 @@ VEXStatus VEXDBFInput::readHeader() {
     return makeStatus(300004, {path(), integerText(static_cast<std::int64_t>(size)), integerText(dbf::kHeaderBytes)});
   if (header_.version == kVersionTwo || header_.version == kVersionSeven)
     return makeStatus(300022, {path(), integerText(header_.version)});
-  if (header_.headerLength < dbf::kHeaderBytes)
-    return makeStatus(300023, {path(), integerText(header_.headerLength)});
-  if (header_.recordLength == 0) return makeStatus(300024, {path()});
+  if (header_.headerLength < dbf::kHeaderBytes) return makeStatus(300023, {path(), integerText(header_.headerLength)});
+  if (header_.recordLength == 0 && header_.numRecords > 0) return makeStatus(300024, {path()});
+  header_.recordLength = std::max<std::uint16_t>(header_.recordLength, 1);
   if (!file_.seek(0) || !file_.readBytes(header_.headerLength, bytes))
     return makeStatus(300004,
                       {path(), integerText(static_cast<std::int64_t>(size)), integerText(header_.headerLength)});
@@ -73,9 +81,9 @@ VEXStatus VEXDBFInput::readHeader() {
 void VEXDBFInput::settleFields(const std::vector<std::string>& beyond) {
   for (const std::string& name : beyond)
     logMessage(VEXSeverity::Warn, 300027, {path(), name, integerText(header_.recordLength)});
-  const auto firstLeftOut = std::stable_partition(
-      fieldTable_.begin(), fieldTable_.end(),
-      [](const dbf::Field& field) { return kindOf(field.type) != VEXFieldKind::Unknown; });
+  const auto firstLeftOut = std::stable_partition(fieldTable_.begin(), fieldTable_.end(), [](const dbf::Field& field) {
+    return kindOf(field.type) != VEXFieldKind::Unknown;
+  });
   leftOut_.assign(firstLeftOut, fieldTable_.end());
   fieldTable_.erase(firstLeftOut, fieldTable_.end());
   for (dbf::Field& field : leftOut_) {
@@ -148,13 +156,16 @@ VEXStatus VEXDBFInput::checkType(const dbf::Field& field, std::string_view name,
       if (!isSameKind) return makeStatus(300015, {name, typeSpec});
       if (field.length != 1) return makeStatus(300016, {name, width});
       return nullptr;
-    case VEXFieldKind::Unknown: break;
+    case VEXFieldKind::Unknown:
+      break;
   }
   return isLetter(field.type) ? makeStatus(300018, {name, shownType(field.type)})
                               : makeStatus(300017, {name, "C, N, F, D, L"});
 }
 
-VEXStatus VEXDBFInput::startRows() { return extendStatus(moveToRecord(0)); }
+VEXStatus VEXDBFInput::startRows() {
+  return extendStatus(moveToRecord(0));
+}
 
 VEXStatus VEXDBFInput::moveToRecord(std::uint64_t record) {
   nextRecord_ = std::min(record, numRecords_);
@@ -182,9 +193,16 @@ VEXStatus VEXDBFInput::getRow(VEXTableRow& row, bool& endOfFile) {
     if (hasZeros) [[unlikely]]
       bytes = dbf::cutAtZero(bytes);
     switch (cut.type) {
-      case 'N': case 'F': fields_[i] = dbf::numberValue(bytes); break;
-      case 'L': fields_[i] = dbf::logicalValue(bytes); break;
-      default: fields_[i] = dbf::textValue(bytes); break;
+      case 'N':
+      case 'F':
+        fields_[i] = dbf::numberValue(bytes);
+        break;
+      case 'L':
+        fields_[i] = dbf::logicalValue(bytes);
+        break;
+      default:
+        fields_[i] = dbf::textValue(bytes);
+        break;
     }
   }
   row = fields_;
@@ -194,7 +212,8 @@ VEXStatus VEXDBFInput::getRow(VEXTableRow& row, bool& endOfFile) {
 VEXStatus VEXDBFInput::fieldType(std::size_t index, std::string& typeText) const {
   if (index >= fieldTable_.size()) return makeStatus(300020, {integerText(static_cast<std::int64_t>(index))});
   const dbf::Field& field = fieldTable_[index];
-  typeText = VEXFieldDescription{
-      .name = {}, .kind = kindOf(field.type), .width = field.length, .decimals = field.decimals}.typeText();
+  typeText =
+      VEXFieldDescription{.name = {}, .kind = kindOf(field.type), .width = field.length, .decimals = field.decimals}
+          .typeText();
   return nullptr;
 }

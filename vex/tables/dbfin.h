@@ -29,6 +29,7 @@ class VEXDBFInput final : public VEXTableInput {
   VEXStatus fieldType(std::size_t index, std::string& typeText) const;
   // The record that the next getRow looks at, counted from 0; deleted ones are passed over from there.
   VEXStatus moveToRecord(std::uint64_t record);
+  std::uint64_t nextRecord() const { return nextRecord_; }  // behind a row: its record + 1
   std::uint64_t numDeleted() const { return numDeleted_; }
 
  private:
@@ -43,9 +44,9 @@ class VEXDBFInput final : public VEXTableInput {
     std::uint32_t length;
     char type;
   };
-  std::vector<Cut> cuts_;               // the same, as the row loop wants it
-  std::vector<dbf::Field> leftOut_;     // of kinds that are not read
-  std::uint64_t numRecords_ = 0;        // that really are there
+  std::vector<Cut> cuts_;            // the same, as the row loop wants it
+  std::vector<dbf::Field> leftOut_;  // of kinds that are not read
+  std::uint64_t numRecords_ = 0;     // that really are there
   std::uint64_t nextRecord_ = 0;
   std::uint64_t numDeleted_ = 0;
 };

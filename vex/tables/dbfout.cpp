@@ -29,8 +29,7 @@ VEXStatus VEXDBFOutput::addField(std::string_view name, std::string_view typeSpe
   dbf::Field field;
   field.name.assign(name);
   VEX_TRY(describeField(typeSpec, field));
-  if (fieldTable_.size() >= dbf::kMostFields)
-    return makeStatus(301012, {path(), name, integerText(dbf::kMostFields)});
+  if (fieldTable_.size() >= dbf::kMostFields) return makeStatus(301012, {path(), name, integerText(dbf::kMostFields)});
   if (header_.recordLength + field.length > dbf::kLongestRecord)
     return makeStatus(301013, {path(), name, integerText(dbf::kLongestRecord)});
   field.offset = header_.recordLength;
@@ -45,8 +44,12 @@ VEXStatus VEXDBFOutput::describeField(std::string_view typeSpec, dbf::Field& fie
   const VEXFieldDescription declared = VEXFieldDescription::of(field.name, typeSpec);
   field.length = declared.width;
   switch (declared.kind) {
-    case VEXFieldKind::Date: field.type = 'D'; break;
-    case VEXFieldKind::Logical: field.type = 'L'; break;
+    case VEXFieldKind::Date:
+      field.type = 'D';
+      break;
+    case VEXFieldKind::Logical:
+      field.type = 'L';
+      break;
     case VEXFieldKind::Char:
       if (!declared.hasWidth) return makeStatus(301008, {typeSpec, path(), field.name});
       field.type = 'C';
@@ -61,7 +64,8 @@ VEXStatus VEXDBFOutput::describeField(std::string_view typeSpec, dbf::Field& fie
       field.type = 'N';
       field.decimals = declared.decimals;
       break;
-    case VEXFieldKind::Unknown: return makeStatus(301011, {typeSpec, path(), field.name});
+    case VEXFieldKind::Unknown:
+      return makeStatus(301011, {typeSpec, path(), field.name});
   }
   if (field.length == 0 || field.length > dbf::kWidestField || field.decimals > dbf::kWidestField)
     return makeStatus(301014, {typeSpec, path(), field.name, integerText(dbf::kWidestField)});

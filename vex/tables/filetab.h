@@ -14,7 +14,7 @@
 struct VEXTableDefinition {
   std::string featureType;
   std::string kindName;
-  std::string fileName;                                      // as the row has it
+  std::string fileName;                                     // as the row has it
   std::vector<std::pair<std::string, std::string>> fields;  // directives and columns, in the row's order
 
   // Takes a row apart: keyword, feature type, kind, file name, then pairs. False when words are missing.

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::size_t kMostColumns = 16384;  // that a file can name by itself
-constexpr std::size_t kMostOfALine = 200;  // of a skipped line that the log shows
+constexpr std::size_t kMostOfALine = 200;    // of a skipped line that the log shows
 
 }  // namespace
 

@@ -5,7 +5,8 @@
 // from the first line when CSV_SKIP_LINES 1 has passed over it, otherwise they are COL0, COL1 and on.
 //
 // Failures: 307002 open, 307004 a separator that is none, 307006 a count that is none, 307008 a column twice, 307009
-// a read error, 307010 a line beyond VEXInputFile::kLongestLine, 307013 a first line with more columns than can be meant.
+// a read error, 307010 a line beyond VEXInputFile::kLongestLine, 307013 a first line with more columns than can be
+// meant.
 #pragma once
 
 #include <cstdint>
@@ -36,14 +37,14 @@ class VEXSeparatedInput final : public VEXTableInput {
 
   char separator_ = ',';
   bool stripQuotes_ = false;
-  std::uint64_t lineNumber_ = 0;   // of the last line read, counted from 1
-  std::string header_;             // the line that was skipped, when it was one
+  std::uint64_t lineNumber_ = 0;  // of the last line read, counted from 1
+  std::string header_;            // the line that was skipped, when it was one
   bool hasHeader_ = false;
-  std::string_view firstLine_;     // read ahead to count the columns; valid until the next line is read
+  std::string_view firstLine_;  // read ahead to count the columns; valid until the next line is read
   bool hasFirstLine_ = false;
   bool atEnd_ = false;
   std::unordered_set<std::string> known_;  // column names
-  std::string bare_;               // fields whose inner quotes were resolved
+  std::string bare_;                       // fields whose inner quotes were resolved
 };
 
 // The byte that a CSV_SEPARATOR value such as "(,)" names; false when it has another form.

@@ -31,7 +31,7 @@ class VEXSeparatedOutput final : public VEXTableOutput {
     std::size_t column;
     std::string typeText;
     VEXOutputFormat format;
-    std::string text;             // the value at hand
+    std::string text;  // the value at hand
     std::int64_t numUnsuited = 0;
   };
   bool appendRow(VEXTableRow fields);

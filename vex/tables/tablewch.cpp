@@ -34,4 +34,6 @@ VEXStatus TableWriteChannel::close() {
   return extendStatus(VEXChannel::close());
 }
 
-void TableWriteChannel::abort() { output_->abort(); }
+void TableWriteChannel::abort() {
+  output_->abort();
+}

@@ -12,11 +12,17 @@ namespace {
 
 constexpr std::string_view kNotRequested = " was not requested for translation";
 
-std::string notPresent(const std::string& directory) { return " was not present in directory '" + directory + "'"; }
+std::string notPresent(const std::string& directory) {
+  return " was not present in directory '" + directory + "'";
+}
 
 // The last part of a path, and that part without its ending.
-std::string fileNameOf(const std::string& path) { return std::filesystem::path(path).filename().string(); }
-std::string baseNameOf(const std::string& path) { return std::filesystem::path(path).stem().string(); }
+std::string fileNameOf(const std::string& path) {
+  return std::filesystem::path(path).filename().string();
+}
+std::string baseNameOf(const std::string& path) {
+  return std::filesystem::path(path).stem().string();
+}
 
 }  // namespace
 
@@ -145,4 +151,6 @@ VEXStatus TabularReader::close() {
   return extendStatus(std::move(failure));
 }
 
-void TabularReader::abort() { input_.reset(); }
+void TabularReader::abort() {
+  input_.reset();
+}

@@ -39,7 +39,7 @@ class TabularReader final : public VEXReaderImp {
 
   std::vector<VEXTableDefinition> definitions_;
   VEXStringVector ids_;
-  std::vector<Table> tables_;             // that are there and wanted
+  std::vector<Table> tables_;  // that are there and wanted
   std::size_t nextTable_ = 0;
   std::unique_ptr<VEXTableInput> input_;  // the table that is being read
   std::vector<VEXName> columns_;          // of that table

@@ -12,7 +12,9 @@ TabularWriter::TabularWriter(const std::string& type, const std::string& keyword
 
 TabularWriter::~TabularWriter() = default;
 
-VEXStatus TabularWriter::writeGlobalMetaData(VEXFeature&) { return nullptr; }
+VEXStatus TabularWriter::writeGlobalMetaData(VEXFeature&) {
+  return nullptr;
+}
 
 // The rows are read here although the groups hold them, too: a wrong one shows before the first feature, and the
 // groups keep only the last of two columns with one name.

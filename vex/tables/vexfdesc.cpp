@@ -6,15 +6,17 @@
 
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
 
 // Reads digits from `at` on; false when there are none.
 bool readDigits(std::string_view text, std::size_t& at, std::uint32_t& value) {
   const std::size_t start = at;
   std::uint64_t number = 0;
   for (; at < text.size() && isDigit(text[at]); ++at)
-    number = std::min<std::uint64_t>(number * 10 + static_cast<std::uint64_t>(text[at] - '0'),
-                                     VEXFieldDescription::kWidest);
+    number =
+        std::min<std::uint64_t>(number * 10 + static_cast<std::uint64_t>(text[at] - '0'), VEXFieldDescription::kWidest);
   value = static_cast<std::uint32_t>(number);
   return at > start;
 }
@@ -73,11 +75,16 @@ std::string VEXFieldDescription::typeText() const {
 
 const char* fieldKindName(VEXFieldKind kind) {
   switch (kind) {
-    case VEXFieldKind::Char: return "char";
-    case VEXFieldKind::Number: return "number";
-    case VEXFieldKind::Date: return "date";
-    case VEXFieldKind::Logical: return "logical";
-    case VEXFieldKind::Unknown: break;
+    case VEXFieldKind::Char:
+      return "char";
+    case VEXFieldKind::Number:
+      return "number";
+    case VEXFieldKind::Date:
+      return "date";
+    case VEXFieldKind::Logical:
+      return "logical";
+    case VEXFieldKind::Unknown:
+      break;
   }
   return "unknown";
 }

@@ -11,7 +11,7 @@ enum class VEXFieldKind : std::uint8_t { Unknown, Char, Number, Date, Logical };
 struct VEXFieldDescription {
   std::string name;
   VEXFieldKind kind = VEXFieldKind::Unknown;
-  bool hasWidth = false;       // the text says it
+  bool hasWidth = false;  // the text says it
   bool hasDecimals = false;
   std::uint32_t width = 0;     // bytes; at most kWidest, however many digits were there
   std::uint32_t decimals = 0;  // of a number

@@ -1,5 +1,8 @@
 // dBase: values, fields, records, and files that are broken on purpose.
+#include <algorithm>
+
 #include "tests/unit/tables/tabletest.h"
+#include "vex/inc/numtext.h"
 #include "vex/tables/dbfcodec.h"
 #include "vex/tables/dbfin.h"
 #include "vex/tables/dbfout.h"
@@ -15,7 +18,9 @@ class Dbf : public TableTest {
     VEXDBFOutput output(at("s.dbf"));
     EXPECT_EQ(write(output,
                     {{"NAME", "char(6)"}, {"N", "number(8,2)"}, {"D", "date"}, {"L", "logical"}, {"I", "number(4,0)"}},
-                    {{"abc", "12", "19990131", "true", "7"}, {"longer text", "-0.5", "", "", ""}, {"", "1e3", "x", "no", "12.9"}}),
+                    {{"abc", "12", "19990131", "true", "7"},
+                     {"longer text", "-0.5", "", "", ""},
+                     {"", "1e3", "x", "no", "12.9"}}),
               0u);
     return bytesOf(at("s.dbf"));
   }
@@ -34,14 +39,15 @@ TEST_F(Dbf, NumbersGoIntoTheirField) {
     std::size_t width, decimals;
     const char *text, *bytes;  // null: lost
   };
-  for (const Row& row : {Row{5, 2, "12", "12.00"}, Row{5, 2, "123456.5", nullptr}, Row{5, 2, "1234567", nullptr},
-                         Row{5, 2, "1234.567", "1234."}, Row{5, 2, "123.456", "123.4"}, Row{5, 2, "12345", nullptr},
-                         Row{6, 2, "1.999", "  1.99"}, Row{6, 2, "-.5", "  -.50"}, Row{6, 0, "12.9", "    12"},
-                         Row{6, 0, "12.", "    12"}, Row{6, 0, " 7 ", "     7"}, Row{6, 2, "", "      "},
-                         Row{6, 2, "  ", "      "}, Row{3, 0, "-123", nullptr}, Row{8, 2, "1.5e3", " 1500.00"},
-                         Row{8, 2, "1.5E+300", "1.5E+300"}, Row{6, 2, "1.5e+300", nullptr}, Row{6, 1, "abc", nullptr},
-                         Row{6, 1, "1.2.3", nullptr}, Row{6, 1, "-", nullptr}, Row{6, 1, "nan", nullptr},
-                         Row{6, 1, "1e999", nullptr}, Row{6, 1, "007", " 007.0"}}) {
+  for (const Row& row :
+       {Row{5, 2, "12", "12.00"},          Row{5, 2, "123456.5", nullptr}, Row{5, 2, "1234567", nullptr},
+        Row{5, 2, "1234.567", "1234."},    Row{5, 2, "123.456", "123.4"},  Row{5, 2, "12345", nullptr},
+        Row{6, 2, "1.999", "  1.99"},      Row{6, 2, "-.5", "  -.50"},     Row{6, 0, "12.9", "    12"},
+        Row{6, 0, "12.", "    12"},        Row{6, 0, " 7 ", "     7"},     Row{6, 2, "", "      "},
+        Row{6, 2, "  ", "      "},         Row{3, 0, "-123", nullptr},     Row{8, 2, "1.5e3", " 1500.00"},
+        Row{8, 2, "1.5E+300", "1.5E+300"}, Row{6, 2, "1.5e+300", nullptr}, Row{6, 1, "abc", nullptr},
+        Row{6, 1, "1.2.3", nullptr},       Row{6, 1, "-", nullptr},        Row{6, 1, "nan", nullptr},
+        Row{6, 1, "1e999", nullptr},       Row{6, 1, "007", " 007.0"}}) {
     std::string place(row.width, ' ');
     EXPECT_EQ(dbf::putNumber(place.data(), row.width, row.decimals, row.text), row.bytes != nullptr) << row.text;
     EXPECT_EQ(place, row.bytes == nullptr ? std::string(row.width, ' ') : row.bytes) << row.text;
@@ -49,20 +55,50 @@ TEST_F(Dbf, NumbersGoIntoTheirField) {
 }
 
 TEST_F(Dbf, FieldsGiveTheirValue) {
-  for (const auto& [bytes, value] : Pairs{{"  12.500", "12.5"}, {"12.000", "12"}, {"0.000", "0"}, {"      ", "0"}, {"", "0"},
-                                          {"  100", "100"}, {"12.50\0009"s, "12.5"}, {"1.50e010", "1.50e010"}, {"1.500E3 ", "1.500E3"},
-                                          {" 001 ", "001"}, {"****", "****"}, {".50", ".5"}, {".00", "0"}, {"-1.10", "-1.1"}})
+  for (const auto& [bytes, value] : Pairs{{"  12.500", "12.5"},
+                                          {"12.000", "12"},
+                                          {"0.000", "0"},
+                                          {"      ", "0"},
+                                          {"", "0"},
+                                          {"  100", "100"},
+                                          {"12.50\0009"s, "12.5"},
+                                          {"1.50e010", "1.50e010"},
+                                          {"1.500E3 ", "1.500E3"},
+                                          {" 001 ", "001"},
+                                          {"****", "****"},
+                                          {".50", ".5"},
+                                          {".00", "0"},
+                                          {"-1.10", "-1.1"}})
     EXPECT_EQ(dbf::numberValue(dbf::cutAtZero(bytes)), value) << bytes;
-  for (const auto& [bytes, value] : Pairs{{"abc   ", "abc"}, {"                    ", ""}, {"  a b                     ", "  a b"},
-                                          {"ab\0cd  "s, "ab"}, {"ab  \0  "s, "ab"}, {"\0\0"s, ""}})
+  for (const auto& [bytes, value] : Pairs{{"abc   ", "abc"},
+                                          {"                    ", ""},
+                                          {"  a b                     ", "  a b"},
+                                          {"ab\0cd  "s, "ab"},
+                                          {"ab  \0  "s, "ab"},
+                                          {"\0\0"s, ""}})
     EXPECT_EQ(dbf::textValue(dbf::cutAtZero(bytes)), value) << bytes;
-  for (const auto& [bytes, value] : Pairs{{"T", "true"}, {"y", "true"}, {"f", "false"}, {"N", "false"}, {"?", ""}, {" ", ""}, {"", ""}})
+  for (const auto& [bytes, value] :
+       Pairs{{"T", "true"}, {"y", "true"}, {"f", "false"}, {"N", "false"}, {"?", ""}, {" ", ""}, {"", ""}})
     EXPECT_EQ(dbf::logicalValue(bytes), value) << bytes;
   // 0x81 leads a two-byte character, whose second byte is no letter even when it looks like one.
-  for (const auto& [name, form] : Pairs{{"name", "NAME"}, {"a-b_1", "AB_1"}, {"\x81""ab", "\x81""aB"}, {"\xD0""a", "\xD0""A"}, {"b\x81", "B\x81"}})
+  for (const auto& [name, form] : Pairs{{"name", "NAME"},
+                                        {"a-b_1", "AB_1"},
+                                        {"\x81"
+                                         "ab",
+                                         "\x81"
+                                         "aB"},
+                                        {"\xD0"
+                                         "a",
+                                         "\xD0"
+                                         "A"},
+                                        {"b\x81", "B\x81"}})
     EXPECT_EQ(dbf::nameForm(name), form) << name;
-  EXPECT_FALSE(dbf::hasLowerCase("\x81""aB"));
-  EXPECT_TRUE(dbf::hasLowerCase("\x81""ab"));
+  EXPECT_FALSE(
+      dbf::hasLowerCase("\x81"
+                        "aB"));
+  EXPECT_TRUE(
+      dbf::hasLowerCase("\x81"
+                        "ab"));
 }
 
 TEST_F(Dbf, RefusesFieldsThatItCannotHold) {
@@ -74,11 +110,16 @@ TEST_F(Dbf, RefusesFieldsThatItCannotHold) {
   for (int i = 0; i < 1025; ++i) many.emplace_back("F" + std::to_string(i), "char(1)");
   for (int i = 0; i < 258; ++i) long_.emplace_back("F" + std::to_string(i), "char(255)");
   for (const Row& row :
-       {Row{{{"A", "date"}, {"A", "date"}}, 301005}, Row{{{"ABCDEFGHIJK", "date"}}, 301006}, Row{{{"ABCDEFGHIJ", "date"}}, 0},
-        Row{{{"name", "date"}}, 301007}, Row{{{"NAME", "date"}}, 0}, Row{{{"\x81""a", "date"}}, 0}, Row{{{"A", "char"}}, 301008},
-        Row{{{"A", "char(x)"}}, 301008}, Row{{{"A", "char(300)"}}, 0}, Row{{{"A", "char(0)"}}, 301014},
-        Row{{{"A", "number(5)"}}, 301010}, Row{{{"A", "number"}}, 301010}, Row{{{"A", "number(256,0)"}}, 301014},
-        Row{{{"A", "number(99999999999999999999,1)"}}, 301014}, Row{{{"A", "integer"}}, 301011}, Row{many, 301012}, Row{long_, 301013}}) {
+       {Row{{{"A", "date"}, {"A", "date"}}, 301005}, Row{{{"ABCDEFGHIJK", "date"}}, 301006},
+        Row{{{"ABCDEFGHIJ", "date"}}, 0}, Row{{{"name", "date"}}, 301007}, Row{{{"NAME", "date"}}, 0},
+        Row{{{"\x81"
+              "a",
+              "date"}},
+            0},
+        Row{{{"A", "char"}}, 301008}, Row{{{"A", "char(x)"}}, 301008}, Row{{{"A", "char(300)"}}, 0},
+        Row{{{"A", "char(0)"}}, 301014}, Row{{{"A", "number(5)"}}, 301010}, Row{{{"A", "number"}}, 301010},
+        Row{{{"A", "number(256,0)"}}, 301014}, Row{{{"A", "number(99999999999999999999,1)"}}, 301014},
+        Row{{{"A", "integer"}}, 301011}, Row{many, 301012}, Row{long_, 301013}}) {
     VEXDBFOutput output(at("o.dbf"));
     EXPECT_EQ(write(output, row.fields, {}), row.number) << row.fields[0].first << ' ' << row.fields[0].second;
     output.abort();
@@ -96,9 +137,10 @@ TEST_F(Dbf, WritesTheBytesAndReadsThemBack) {
   EXPECT_EQ(bytes.substr(4, 8), "\3\0\0\0\xC1\0\x1C\0"s);
   EXPECT_EQ(bytes.substr(12, 20), std::string(20, '\0'));
   EXPECT_EQ(bytes.substr(64, 32), "N\0\0\0\0\0\0\0\0\0\0N\0\0\0\0\x08\x02"s + std::string(14, '\0'));
-  EXPECT_EQ(bytes.substr(kSampleHeader - 1), "\r abc      12.0019990131t   7"
-                                             " longer   -0.50             "
-                                             "        1000.00x       n  12\x1A");
+  EXPECT_EQ(bytes.substr(kSampleHeader - 1),
+            "\r abc      12.0019990131t   7"
+            " longer   -0.50             "
+            "        1000.00x       n  12\x1A");
   EXPECT_EQ(read(bytes), kSampleRows);
   EXPECT_EQ(read(bytes, {{"name", "char(6)"}, {"I", "number(4,0)"}}), kSampleRows);
   EXPECT_TRUE(logged(VEXSeverity::Inform, " has fields : NAME, N, D, L, I"));
@@ -113,10 +155,18 @@ TEST_F(Dbf, WritesTheBytesAndReadsThemBack) {
 
 TEST_F(Dbf, ChecksDeclaredFields) {
   std::string bytes = sample();
-  for (const auto& [field, number] : std::vector<std::pair<std::pair<std::string, std::string>, int>>{
-           {{"NAME", "date"}, 300006}, {{"NAME", "char(7)"}, 300007}, {{"NAME", "char"}, 300008}, {{"N", "char(8)"}, 300009},
-           {{"N", "number(9,2)"}, 300010}, {{"N", "number"}, 300011}, {{"N", "number(8,3)"}, 300012}, {{"D", "char(8)"}, 300013},
-           {{"N", "number(8)"}, 300014}, {{"L", "char(1)"}, 300015}, {{"NONE", "date"}, 300005}})
+  for (const auto& [field, number] :
+       std::vector<std::pair<std::pair<std::string, std::string>, int>>{{{"NAME", "date"}, 300006},
+                                                                        {{"NAME", "char(7)"}, 300007},
+                                                                        {{"NAME", "char"}, 300008},
+                                                                        {{"N", "char(8)"}, 300009},
+                                                                        {{"N", "number(9,2)"}, 300010},
+                                                                        {{"N", "number"}, 300011},
+                                                                        {{"N", "number(8,3)"}, 300012},
+                                                                        {{"D", "char(8)"}, 300013},
+                                                                        {{"N", "number(8)"}, 300014},
+                                                                        {{"L", "char(1)"}, 300015},
+                                                                        {{"NONE", "date"}, 300005}})
     EXPECT_EQ(read(bytes, {field}), "#" + std::to_string(number)) << field.first << field.second;
   // The same letters and lengths, broken: type and length of a descriptor stand at 11 and 16.
   const auto broken = [&bytes](std::size_t field, std::size_t place, char value) {
@@ -181,10 +231,51 @@ TEST_F(Dbf, SurvivesHostileHeaders) {
     else
       EXPECT_EQ(rows, row.rows) << row.what;
   }
-  for (const char* part : {"promises 2147483648 records and has room for 3", "reaches beyond the record of 15", "read as 'NAME_2'",
-                           "read as 'FIELD2'"})
+  for (const char* part : {"promises 2147483648 records and has room for 3", "reaches beyond the record of 15",
+                           "read as 'NAME_2'", "read as 'FIELD2'"})
     EXPECT_TRUE(logged(VEXSeverity::Warn, part)) << part;
   EXPECT_TRUE(logged(VEXSeverity::Inform, "deleted records"));
+}
+
+// Files of other programs, the odd and the broken ones.
+TEST_F(Dbf, ReadsFilesOfOthers) {
+  struct Row {
+    const char* file;
+    std::size_t numRows;  // counted by another program
+    const char *columns, *firstRow, *warning;
+  };
+  for (const Row& row : {
+           Row{"chinese", 1, "\xD6\xD0\xB9\xFA", "\xD6\xD0\xB9\xFA", ""},
+           Row{"date_empty_string", 1, "DATE", "", ""},
+           Row{"nan", 1, "REAL", "nan", ""},
+           Row{"padding_after_field_defns", 1, "ID, FOO", "1|2", ""},
+           Row{"weird_header_length", 1, "NUMERO", "001", ""},
+           Row{"dbase_02", 0, "", "#300022", ""},
+           Row{"dbase_03_cyrillic", 2, "ШАР, ПЛОЩА", "Номер|36.3", ""},
+           Row{"dbase_31", 77, "PRODUCTNAM, QUANTITYPE, DISCONTINU", "Chai|10 boxes x 20 bags|false",
+               "`Y' not found! Field 'UNITPRICE'"},
+           Row{"dbase_8b", 10, "CHARACTER, NUMERICAL, DATE, LOGICAL, FLOAT", "One|1|19700101|true|1.23456789012346",
+               "`M' not found!"},
+           Row{"mazovia", 2, "A1, A2", "2020-01-04|English", ""},
+           Row{"polygon", 1, "", "", ""},
+           Row{"dbase_03", 14, nullptr,
+               "0507121|CMP|circular|12||no|Good||20050712|10:56:30am|5.2|2|Postprocessed "
+               "Code|GeoXT|20050712|10:56:52am|New|Driveway|"
+               "050712TR2819.cor|2|2|MS4|1331|226625|1131.323|3.1|1.3|0.897088|557904.898|2212577.192|401",
+               "'Point_ID'"},
+       }) {
+    lines_.clear();
+    VEXDBFInput input(std::string(TEST_DATA "/dbf/") + row.file + ".dbf");
+    const std::string rows = rowsOf(input);
+    EXPECT_EQ(static_cast<std::size_t>(std::count(rows.begin(), rows.end(), '\n')), row.numRows) << row.file;
+    EXPECT_EQ(rows.substr(0, rows.find('\n')), row.firstRow) << row.file;
+    if (row.columns != nullptr) {
+      EXPECT_EQ(joined(input.columnNames(), ", "), row.columns);
+    }
+    const bool warned = std::any_of(lines_.begin(), lines_.end(), [](const auto& line) { return line.first == 1; });
+    EXPECT_EQ(warned, *row.warning != '\0') << row.file;
+    EXPECT_TRUE(!warned || logged(VEXSeverity::Warn, row.warning)) << row.file;
+  }
 }
 
 TEST_F(Dbf, FailsWhereItCannotOpenOrWrite) {

@@ -32,7 +32,10 @@ TEST_F(Delimited, Reads) {
       {"quotes go", "\"a,\"\"b\",c\n", {kStrip, abc[0], abc[1]}, "a,\"b|c\n"},
       {"quotes asked off", "\"a\"\n", {{"CSV_STRIP_QUOTES", "no"}, abc[0]}, "\"a\"\n"},
       {"an empty quoted field", "\"\",\"x\",\n", {kStrip, abc[0], abc[1], abc[2]}, "|x|\n"},
-      {"doubled quotes at the edges", "\"\"\"a\"\"\",\"\"\"\",\"b\"\"\"\n", {kStrip, abc[0], abc[1], abc[2]}, "\"a\"|\"|b\"\n"},
+      {"doubled quotes at the edges",
+       "\"\"\"a\"\"\",\"\"\"\",\"b\"\"\"\n",
+       {kStrip, abc[0], abc[1], abc[2]},
+       "\"a\"|\"|b\"\n"},
       {"quotes inside a field stay", "a\"b,c\"d,e\n", {kStrip, abc[0], abc[1]}, "a\"b,c\"d|e\n"},
       {"a quote that never ends", "\"a,b\nc,d\n", {kStrip, abc[0], abc[1]}, "a,b|\nc|d\n"},
       {"control bytes in quotes stay", "\"a\x01,\x02\",c\n", {kStrip, abc[0], abc[1]}, "a\x01,\x02|c\n"},
@@ -44,7 +47,10 @@ TEST_F(Delimited, Reads) {
       {"a column twice", "", {{"a", ""}, {"a", ""}}, "#307008"},
       {"a column twice in the first line", "a,a\n", {{"CSV_SKIP_LINES", "1"}}, "#307008"},
       {"a line without end", std::string(VEXInputFile::kLongestLine + 2, 'x'), abc, "#307010"},
-      {"one to skip without end", std::string(VEXInputFile::kLongestLine + 2, 'x'), {{"CSV_SKIP_LINES", "1"}}, "#307010"},
+      {"one to skip without end",
+       std::string(VEXInputFile::kLongestLine + 2, 'x'),
+       {{"CSV_SKIP_LINES", "1"}},
+       "#307010"},
       {"more columns than can be meant", std::string(1000000, ','), {}, "#307013"},
   };
   for (const Row& row : rows) {
@@ -65,14 +71,17 @@ TEST_F(Delimited, TakesColumnsFromTheFile) {
     const char* rows;
   };
   const std::pair<std::string, std::string> skip{"CSV_SKIP_LINES", "1"};
-  for (const Row& row : {Row{"a,b\n1,2\n", {skip}, {"a", "b"}, "1|2\n"},
-                         Row{"1,2\n3,4,5\n", {}, {"COL0", "COL1"}, "1|2\n3|4\n"},
-                         Row{"a,,\n1,2\n", {skip}, {"a", "COL1", "COL2"}, "1|2|\n"},
-                         Row{"\"a,b\",\"c\"\n1,2\n", {skip, kStrip}, {"a,b", "c"}, "1|2\n"},
-                         Row{"\xEF\xBB\xBF" "a;b\n1;2\n", {skip, {"CSV_SEPARATOR", "(;)"}}, {"a", "b"}, "1|2\n"},
-                         Row{"x\na,b\n1,2\n", {{"CSV_SKIP_LINES", "2"}}, {"COL0", "COL1"}, "1|2\n"},
-                         Row{"\n1,2\n", {}, {"COL0"}, "\n1\n"},
-                         Row{"", {skip}, {}, ""}}) {
+  for (const Row& row :
+       {Row{"a,b\n1,2\n", {skip}, {"a", "b"}, "1|2\n"}, Row{"1,2\n3,4,5\n", {}, {"COL0", "COL1"}, "1|2\n3|4\n"},
+        Row{"a,,\n1,2\n", {skip}, {"a", "COL1", "COL2"}, "1|2|\n"},
+        Row{"\"a,b\",\"c\"\n1,2\n", {skip, kStrip}, {"a,b", "c"}, "1|2\n"},
+        Row{"\xEF\xBB\xBF"
+            "a;b\n1;2\n",
+            {skip, {"CSV_SEPARATOR", "(;)"}},
+            {"a", "b"},
+            "1|2\n"},
+        Row{"x\na,b\n1,2\n", {{"CSV_SKIP_LINES", "2"}}, {"COL0", "COL1"}, "1|2\n"},
+        Row{"\n1,2\n", {}, {"COL0"}, "\n1\n"}, Row{"", {skip}, {}, ""}}) {
     VEXSeparatedInput input(put("t.csv", row.bytes));
     EXPECT_EQ(rowsOf(input, row.fields), row.rows) << row.bytes;
     EXPECT_EQ(input.columnNames(), row.names) << row.bytes;

@@ -1,0 +1,127 @@
+#!/usr/bin/env python3
+"""Runs the examples of a document: run_docs.py <orv> <document.md>
+
+An example begins with a fenced block ```orv NAME, a mapping file, and goes on with the blocks behind it, up to the
+next ```orv block. Everything lies in a directory of its own, which is the current one of the run.
+
+  ```file PATH      a file beside the mapping file
+  ```args           words of the command line, behind the mapping file; quotes as in a shell
+  ```command        the whole command line behind the program's name, in place of `NAME.orv args'
+  ```rows           the rows that the mapping file gives, as the dump of the configuration shows them
+  ```result PATH    the content of a file that the run writes; the run must succeed
+  ```log            lines of the log, severity and text, that must come in this order
+  ```message NUMBER the failure that ends the run, and its text; the text may be left out
+
+Each example needs at least one of the last four. Blocks of any other kind are text for the reader."""
+import os
+import pathlib
+import re
+import shlex
+import subprocess
+import sys
+import tempfile
+
+GIVEN = {"orv", "file", "args", "command"}
+EXPECTED = {"rows", "result", "log", "message"}
+
+
+class Example:
+    def __init__(self, name, line):
+        self.name, self.line = name, line
+        self.blocks = []  # (kind, word, text)
+
+    def all(self, kind):
+        return [(word, text) for block, word, text in self.blocks if block == kind]
+
+    def words(self, kind):
+        return [word for _, text in self.all(kind) for word in shlex.split(text, comments=False)]
+
+
+def examples(document):
+    found = []
+    fence = None
+    for number, line in enumerate(document.read_text(encoding="utf-8").splitlines(), 1):
+        if fence is None:
+            match = re.fullmatch(r"(`{3,})\s*(\w+)(?:\s+(\S+))?\s*", line)
+            if match:
+                fence, kind, word, body = match[1], match[2], match[3], []
+                if kind == "orv":
+                    found.append(Example(word or f"example{number}", number))
+        elif line == fence:
+            if kind in GIVEN | EXPECTED:
+                if not found:
+                    sys.exit(f"{document.name}:{number}: a block `{kind}' stands before the first mapping file")
+                found[-1].blocks.append((kind, word, "".join(text + "\n" for text in body)))
+            fence = None
+        else:
+            body.append(line)
+    return found
+
+
+def run(program, example, directory):
+    """Runs one example; gives its faults."""
+    mapping = f"{example.name}.orv"
+    (directory / mapping).write_text(example.all("orv")[0][1], encoding="utf-8")
+    for path, text in example.all("file"):
+        target = directory / path
+        target.parent.mkdir(parents=True, exist_ok=True)
+        target.write_text(text, encoding="utf-8")
+    command = example.words("command") or [mapping] + example.words("args")
+    if example.all("rows"):
+        command += ["+ORV_DEBUG", "MAPPING_FILE"]
+    if example.all("rows") or example.all("log"):
+        command += ["-LOG_FILENAME", "run.log", "-LOG_APPEND", "no"]
+    environment = dict(os.environ, ORV_MSG_NUM_OUTPUT="1")
+    done = subprocess.run([program, *command], cwd=directory, env=environment, capture_output=True, timeout=120)
+    printed = (done.stdout + done.stderr).decode("utf-8", "replace")
+    log = directory / "run.log"
+    lines = log.read_text(encoding="utf-8").splitlines() if log.exists() else []
+    faults = []
+
+    def expect(what, wanted, got):
+        if wanted != got:
+            faults.append(f"{what}: expected\n{wanted}\ngot\n{got}")
+
+    for _, text in example.all("rows"):
+        rows = [row for line in lines for row in re.findall(r"\|\(#236003\) Row \d+: (.+)$", line)]
+        added = ("ORV_DEBUG MAPPING_FILE", "LOG_FILENAME run.log", "LOG_APPEND no")
+        expect("rows", text, "".join(row + "\n" for row in rows if row not in added))
+    for path, text in example.all("result"):
+        target = directory / path
+        content = target.read_bytes().decode("utf-8", "replace").replace("\r\n", "\n") if target.exists() else None
+        expect(path, text, content)
+        expect("exit value", 0, done.returncode)
+    for _, text in example.all("log"):
+        shown = ["|".join(re.sub(r"\(#\d+\) ", "", line).split("|")[3:]) for line in lines]
+        at = 0
+        for wanted in text.splitlines():
+            if wanted not in shown[at:]:
+                faults.append(f"log: no line `{wanted}' in\n" + "\n".join(shown[at:]))
+                break
+            at = shown.index(wanted, at) + 1
+    for number, text in example.all("message"):
+        expect("exit value", 255, done.returncode)
+        if f"(#{number}) {text.strip()}" not in printed:
+            faults.append(f"message {number} `{text.strip()}' is not in\n{printed}")
+    if not any(kind in EXPECTED for kind, _, _ in example.blocks):
+        faults.append("nothing is expected of it")
+    if faults and not example.all("message") and done.returncode != 0:
+        faults.append(printed)
+    return faults
+
+
+def main():
+    program, document = str(pathlib.Path(sys.argv[1]).resolve()), pathlib.Path(sys.argv[2])
+    found = examples(document)
+    bad = 0
+    for example in found:
+        with tempfile.TemporaryDirectory(prefix="orv_docs_") as directory:
+            faults = run(program, example, pathlib.Path(directory))
+        for fault in faults:
+            print(f"{document.name}:{example.line}: example {example.name}: {fault}")
+        bad += bool(faults)
+    print(f"{document.name}: {len(found)} examples, {bad} wrong")
+    sys.exit(1 if bad or not found else 0)
+
+
+main()

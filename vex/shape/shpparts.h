@@ -1,0 +1,80 @@
+// ShapeParts: a feature's coordinates as the parts of a record, found in one walk that also gives their box. Rings
+// without three edges go; coordinates that stand twice in a ring go; rings are turned so that shells run clockwise.
+// The parts look into the feature and end before it changes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "vex/inc/vexfeat.h"
+#include "vex/shape/shprings.h"
+#include "vex/src/vexline.h"
+
+struct ShapePart {
+  std::size_t first = 0;
+  std::size_t count = 0;  // coordinates of the source
+  bool closes = false;    // the first one is written again behind the last
+  bool isReversed = false;
+
+  std::size_t numPoints() const { return count + (closes ? 1 : 0); }
+};
+
+class ShapeParts {
+ public:
+  // Begins anew with a feature's coordinates.
+  void start(const VEXFeature& feature);
+  // A number for each coordinate, blanks between, "-" for none. False when there are not as many as coordinates.
+  bool loadMeasures(std::string_view text);
+  // The measures are the third ordinates.
+  void takeMeasuresFromZ() { m_ = z_; }
+
+  // Coordinates of a polyline: parts end at one that stands twice.
+  void addLines(std::size_t first, std::size_t count);
+  // Coordinates of rings one behind the other: a ring ends where its first coordinate comes again.
+  void addRings(std::size_t first, std::size_t count);
+  // Points that stand twice in succession count once.
+  void addPoints(std::size_t first, std::size_t count, bool standTwice);
+  // Puts rings in order. False when there are too many to tell shells from holes: their direction stays then.
+  bool settleRings();
+
+  bool isFinite() const { return worst_ < std::uint64_t{0x7FF} << 52; }
+  const std::vector<ShapePart>& parts() const { return parts_; }
+  std::size_t numPoints() const { return numPoints_; }
+  const VEXBox& box() const { return box_; }
+  const double* xs() const { return x_; }
+  const double* ys() const { return y_; }
+  const double* zs() const { return z_; }  // null: the feature has none
+  const double* ms() const { return m_; }  // null: there are none
+
+  // Makes a second part that would begin at this index begin one later, by a point in the middle of the first edge.
+  // False when it begins elsewhere.
+  bool insertMidpointBefore(std::size_t secondPartIndex);
+
+ private:
+  void addBox(std::size_t first, std::size_t count);
+  void push(const ShapePart& part) {
+    parts_.push_back(part);
+    numPoints_ += part.numPoints();
+  }
+  void copyCoordinates(std::size_t extra);
+  void dropRepeats();
+
+  const double* x_ = nullptr;
+  const double* y_ = nullptr;
+  const double* z_ = nullptr;
+  const double* m_ = nullptr;
+  std::size_t numCoords_ = 0;
+  VEXBox box_;
+  std::uint64_t worst_ = 0;  // the largest ordinate's bits without the sign
+  std::size_t numPoints_ = 0;
+  bool hasRepeats_ = false;  // in a ring
+  bool hasDropped_ = false;  // a ring: the box may be too large
+  std::vector<ShapePart> parts_;
+  std::vector<double> areas_;  // of the parts that are rings
+  std::vector<ShapeRing> rings_;
+  ShapeRingOrder ringOrder_;
+  std::vector<double> measures_;
+  std::vector<double> copyX_, copyY_, copyZ_, copyM_;
+};
