@@ -21,7 +21,7 @@ A case is one text file of sections. Text before the first section is a comment.
 
 After each run the directory for temporary files must be empty, and the exit value 0 or 255. A line end in front of a
 section belongs to the section line, so that a text that ends without one is written with hexfile.
-Every log in the directory (*.log) is searched for messages. --update rewrites the texts of expect and output."""
+What the run added to the logs in the directory (*.log) is searched for messages. --update rewrites the texts of expect and output."""
 import argparse
 import os
 import pathlib
@@ -76,6 +76,10 @@ class Case:
         self.exit = None    # of a run whose exit value nobody has looked at yet
         self.output = ""    # of the last command
 
+    def shown(self):
+        """What the last run said, for the reader of a fault: without tables of counts."""
+        return "\n".join(line for line in self.said.splitlines() if "|STATS |" not in line)
+
     def file(self, name):
         path = self.directory / name
         path.parent.mkdir(parents=True, exist_ok=True)
@@ -84,22 +88,23 @@ class Case:
     def settle(self):
         """A run without an exit section must have ended well."""
         if self.exit not in (None, 0):
-            raise Fault(f"exit value {self.exit}, wanted 0\n{self.said}")
+            raise Fault(f"exit value {self.exit}, wanted 0\n{self.shown()}")
         self.exit = None
 
     def run(self, arguments):
         self.settle()
+        before = {log: log.stat().st_size for log in self.directory.rglob("*.log")}
         command = [self.orv] + [word.replace("{data}", self.data) for word in shlex.split(arguments)]
         done = subprocess.run(command, cwd=self.directory, env=self.environment, stdin=subprocess.DEVNULL,
                               capture_output=True, timeout=TIMEOUT)
-        logs = b"".join(log.read_bytes() for log in sorted(self.directory.rglob("*.log")))
+        logs = b"".join(log.read_bytes()[before.get(log, 0):] for log in sorted(self.directory.rglob("*.log")))
         self.said = (done.stdout + done.stderr + logs).decode("latin-1")
         self.exit = done.returncode
         if done.returncode not in (0, 255):
-            raise Fault(f"the program ended with {done.returncode}\n{self.said}")
+            raise Fault(f"the program ended with {done.returncode}\n{self.shown()}")
         left = sorted(path.name for path in self.temp.iterdir())
         if left:
-            raise Fault(f"temporary files left behind: {' '.join(left)}\n{self.said}")
+            raise Fault(f"temporary files left behind: {' '.join(left)}\n{self.shown()}")
 
     def command(self, text):
         self.settle()
@@ -112,13 +117,13 @@ class Case:
 
     def compare(self, wanted, got, what):
         if wanted != got:
-            raise Fault(f"{what} differs\n{difference(wanted, got)}\n{self.said}")
+            raise Fault(f"{what} differs\n{difference(wanted, got)}\n{self.shown()}")
 
     def messages(self, numbers, wanted):
         present = set(MESSAGE_NUMBER.findall(self.said))
         for number in numbers:
             if (number in present) != wanted:
-                raise Fault(f"message {number} is {'missing' if wanted else 'there'}\n{self.said}")
+                raise Fault(f"message {number} is {'missing' if wanted else 'there'}\n{self.shown()}")
 
     def do(self, heading, text):
         kind, _, rest = heading.partition(" ")
@@ -133,22 +138,22 @@ class Case:
             self.run(rest)
         elif kind == "exit":
             if self.exit != int(rest):
-                raise Fault(f"exit value {self.exit}, wanted {rest}\n{self.said}")
+                raise Fault(f"exit value {self.exit}, wanted {rest}\n{self.shown()}")
             self.exit = None
         elif kind in ("messages", "not-messages"):
             self.messages((rest + " " + text).split(), kind == "messages")
         elif kind == "output-has":
             for line in text.splitlines():
                 if line not in self.said:
-                    raise Fault(f"not in output or log: {line!r}\n{self.said}")
+                    raise Fault(f"not in output or log: {line!r}\n{self.shown()}")
         elif kind in ("expect", "hexexpect"):
             if not (self.directory / rest).is_file():
-                raise Fault(f"there is no {rest}\n{self.said}")
+                raise Fault(f"there is no {rest}\n{self.shown()}")
             wanted = decoded(text) if kind == "hexexpect" else text
             self.compare(wanted, (self.directory / rest).read_bytes().decode("latin-1"), rest)
         elif kind == "expect-absent":
             if (self.directory / rest).exists():
-                raise Fault(f"{rest} is there\n{self.said}")
+                raise Fault(f"{rest} is there\n{self.shown()}")
         elif kind == "command":
             self.command(rest)
         elif kind == "output":

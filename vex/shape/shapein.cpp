@@ -75,7 +75,7 @@ VEXStatus VEXShapeInput::checkRecord(shp::RecordFault fault, const shp::Record& 
   if (record.type != 0 && record.type != file_.header().type) {
     return makeRejection(203012, {"ShapeType found is '" + integerText(record.type) + "'. ShapeType expected is '" +
                                       integerText(file_.header().type) + "'.",
-                                  shpPath_, numberText(file_.recordOffset())});
+                                  numberText(file_.recordNumber()), shpPath_, numberText(file_.recordOffset())});
   }
   return fault == shp::RecordFault::Parts ? refuse(203014) : nullptr;
 }

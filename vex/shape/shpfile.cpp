@@ -70,15 +70,15 @@ VEXStatus ShapeFileReader::close() {
 }
 
 VEXStatus ShapeFileReader::refuseIndex() const {
-  return makeRejection(203012,
-                       {"Read operation failed while reading shape " + numberText(recordNumber_) + " index record 1.",
-                        shx_.path(), numberText(shp::kHeaderBytes + shp::kEntryBytes * (recordNumber_ - 1))});
+  const std::string number = numberText(recordNumber_);
+  return makeRejection(203012, {"Read operation failed while reading shape " + number + " index record 1.", number,
+                                shx_.path(), numberText(shp::kHeaderBytes + shp::kEntryBytes * (recordNumber_ - 1))});
 }
 
-VEXStatus ShapeFileReader::refuseContent() const {
-  return makeRejection(203012,
-                       {"Read operation failed while reading shape " + numberText(recordNumber_) + " record content.",
-                        shp_.path(), numberText(recordOffset_)});
+VEXStatus ShapeFileReader::refuseContent(std::uint64_t offset) const {
+  const std::string number = numberText(recordNumber_);
+  return makeRejection(203012, {"Read operation failed while reading shape " + number + " record content.", number,
+                                shp_.path(), numberText(offset)});
 }
 
 VEXStatus ShapeFileReader::next(std::string_view& content, bool& end) {
@@ -120,7 +120,7 @@ VEXStatus ShapeFileReader::nextInSequence(Entry& entry, bool& end) {
   entry.bytes = 2 * static_cast<std::uint64_t>(shp::getBig(head.data() + shp::kRecordWords.offset));
   if (entry.bytes <= end_ - entry.offset - shp::kRecordHeaderBytes) return nullptr;
   lastEnd_ = end_;
-  return refuseContent();
+  return refuseContent(entry.offset);
 }
 
 // A record that begins within the one before it, or one more when the records before it have filled the file.
@@ -136,14 +136,9 @@ VEXStatus ShapeFileReader::checkOverlap(const Entry& entry) {
 
 VEXStatus ShapeFileReader::readRecord(Entry entry, std::string_view& content) {
   const std::uint64_t size = shp_.size();
-  const std::uint64_t previous = recordOffset_;
   const auto fits = [&](std::uint64_t bytes) { return bytes <= size - entry.offset - shp::kRecordHeaderBytes; };
-  if (entry.offset < shp::kHeaderBytes || entry.offset > size || size - entry.offset < shp::kRecordHeaderBytes) {
-    recordOffset_ = entry.offset;
-    VEXStatus refusal = refuseContent();
-    recordOffset_ = previous;
-    return refusal;
-  }
+  if (entry.offset < shp::kHeaderBytes || entry.offset > size || size - entry.offset < shp::kRecordHeaderBytes)
+    return refuseContent(entry.offset);
   std::string_view head;
   const bool isInPlace = entry.bytes <= kLargestInPlace && fits(entry.bytes);
   const std::size_t wanted = shp::kRecordHeaderBytes + (isInPlace ? static_cast<std::size_t>(entry.bytes) : 0);
@@ -156,10 +151,7 @@ VEXStatus ShapeFileReader::readRecord(Entry entry, std::string_view& content) {
     ++numOtherLengths_;
     if (fits(own)) entry.bytes = own;
   }
-  if (!fits(entry.bytes)) {
-    recordOffset_ = entry.offset;
-    return refuseContent();
-  }
+  if (!fits(entry.bytes)) return refuseContent(entry.offset);
   VEX_TRY(checkOverlap(entry));
   recordOffset_ = entry.offset;
   lastEnd_ = entry.offset + shp::kRecordHeaderBytes + entry.bytes;

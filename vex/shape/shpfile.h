@@ -43,7 +43,7 @@ class ShapeFileReader {
   VEXStatus checkOverlap(const Entry& entry);
   VEXStatus readRecord(Entry entry, std::string_view& content);
   bool readContent(std::uint64_t bytes, std::string_view& content);
-  VEXStatus refuseContent() const;
+  VEXStatus refuseContent(std::uint64_t offset) const;
   VEXStatus refuseIndex() const;
 
   VEXInputFile shp_;

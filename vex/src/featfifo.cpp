@@ -1,5 +1,6 @@
 #include "vex/src/featfifo.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -139,6 +140,7 @@ namespace {
 // A record in the temporary file is led by its length, so that one read brings it in whole.
 constexpr std::size_t kLead = sizeof(std::uint32_t);
 constexpr std::size_t kPendingBytes = std::size_t{256} << 10;
+constexpr std::size_t kLeastReadAhead = 4096;
 
 }  // namespace
 
@@ -186,7 +188,7 @@ VEXStatus VEXFeatureFIFO::read(VEXFeature& feature, bool& got) {
   };
   auto load = [this](std::size_t bytes) {
     std::size_t count = static_cast<std::size_t>(
-        std::min<std::uint64_t>(std::max(bytes, kPendingBytes), writePosition_ - readPosition_));
+        std::min<std::uint64_t>(std::max(bytes, readAhead_), writePosition_ - readPosition_));
     block_.resize(count);
     blockStart_ = readPosition_;
     return count >= bytes && file_->readAt(blockStart_, block_.data(), count);
@@ -218,6 +220,8 @@ VEXStatus VEXFeatureStore::store(VEXFeaturePtr& feature, std::uint64_t& id) {
 VEXStatus VEXFeatureStore::fetch(VEXFeaturePtr& feature, std::uint64_t id) {
   if (!isOpen_) VEX_TRY(open());
   isOpen_ = true;
+  // The features of many groups lie between each other: a jump reads little, a walk more and more.
+  readAhead_ = id == readPosition_ ? std::min(2 * readAhead_, kPendingBytes) : kLeastReadAhead;
   readPosition_ = id;
   feature = VEXObjectRecycler::instance().getFeature(2, 1);
   bool got = false;

@@ -51,6 +51,7 @@ class VEXFeatureFIFO {
   std::unique_ptr<VEXNameDictionary> attrMap_;
   std::uint64_t readPosition_ = 0;
   std::uint64_t writePosition_ = 0;
+  std::size_t readAhead_ = std::size_t{256} << 10;  // bytes that a read brings in at least
 
  private:
   std::int64_t count_ = 0;

@@ -22,19 +22,20 @@ const char* tagOf(VEXSeverity severity) {
   return index < kTags.size() ? kTags[index] : "UNKNWN";
 }
 
-// Fixed notation, right-aligned.
-std::string aligned(double value, int decimals, std::size_t width) {
-  std::string text;
-  appendFixed(text, value, decimals);
-  return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
+// One decimal, right-aligned.
+void appendAligned(std::string& line, double value, std::size_t width) {
+  std::size_t start = line.size();
+  appendFixed(line, value, 1);
+  std::size_t length = line.size() - start;
+  if (length < width) line.insert(start, width - length, ' ');
 }
 
-std::string localTime() {
+void appendLocalTime(std::string& line) {
   std::time_t now = std::time(nullptr);
   std::tm parts;
   std::array<char, 32> buffer;
-  if (localtime_r(&now, &parts) == nullptr) return "0000-00-00 00:00:00";
-  return std::string(buffer.data(), std::strftime(buffer.data(), buffer.size(), "%Y-%m-%d %H:%M:%S", &parts));
+  if (localtime_r(&now, &parts) == nullptr) parts = {};
+  line.append(buffer.data(), std::strftime(buffer.data(), buffer.size(), "%Y-%m-%d %H:%M:%S", &parts));
 }
 
 // The hook of the word BADNEWS. A failure met on the way, such as a missing message, is not reported again.
@@ -59,7 +60,9 @@ VEXLogFile::~VEXLogFile() {
     if (maxFeatures_ > 0 && featuresLogged_ > maxFeatures_)
       ::logMessage(VEXSeverity::Warn, 246007, {integerText(featuresLogged_ - maxFeatures_)});
     double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - timer_).count();
-    ::logMessage(VEXSeverity::Inform, 246008, {"ORV Session Duration: " + aligned(seconds, 1, 0) + " seconds"});
+    std::string duration = "ORV Session Duration: ";
+    appendAligned(duration, seconds, 0);
+    ::logMessage(VEXSeverity::Inform, 246008, {duration + " seconds"});
   }
   setFailureHook(nullptr);
   instance_ = nullptr;
@@ -121,16 +124,22 @@ double VEXLogFile::processSeconds() const {
 
 void VEXLogFile::writeLine(VEXSeverity severity, const std::string& text) {
   double now = processSeconds();
-  std::string line = localTime() + "|" + aligned(now, 1, 6) + "|" + aligned(now - lastTime_, 1, 5) + "|" +
-                     tagOf(severity) + "|" + text + "\n";
+  line_.clear();
+  appendLocalTime(line_);
+  line_ += '|';
+  appendAligned(line_, now, 6);
+  line_ += '|';
+  appendAligned(line_, now - lastTime_, 5);
+  std::size_t untimed = line_.size();  // from here on it is what the console shows
+  line_.append("|").append(tagOf(severity)).append("|").append(text).append("\n");
   if (severity != VEXSeverity::StatRp) {
-    std::fwrite(line.data(), 1, line.size(), stream_);
+    std::fwrite(line_.data(), 1, line_.size(), stream_);
     std::fflush(stream_);
     lastTime_ = now;
   }
   if (toConsole_ && consoleSink_ != nullptr) {
-    if (!timedEcho_) line = std::string("|") + tagOf(severity) + "|" + text + "\n";
-    std::fwrite(line.data(), 1, line.size(), consoleSink_);
+    std::size_t from = timedEcho_ ? 0 : untimed;
+    std::fwrite(line_.data() + from, 1, line_.size() - from, consoleSink_);
     std::fflush(consoleSink_);
   }
   if (callback_ != nullptr) {
@@ -158,7 +167,12 @@ void logText(VEXSeverity severity, const std::string& text) {
 }
 
 void logMessage(VEXSeverity severity, std::uint32_t number, std::initializer_list<std::string_view> parameters) {
-  logText(severity, formatMessage(number, parameters));
+  // Progress is logged as features pass: the buffer is kept. A message logged on the way takes a new one.
+  static std::string kept;
+  std::string text = std::move(kept);
+  if (VEXStatus failure = getMessage(number, parameters, text)) text = failure->message();
+  logText(severity, text);
+  kept = std::move(text);
 }
 
 void logStatus(const VEXStatusInfo& failure) {

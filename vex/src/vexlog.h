@@ -64,6 +64,7 @@ class VEXLogFile {
   VEXSeverity heldSeverity_ = VEXSeverity::Inform;
   std::int32_t repeatCount_ = 0;
   bool timedEcho_ = false;
+  std::string line_;  // being written
 };
 
 // ---- what the engine calls; all of them work without a log object, too ----

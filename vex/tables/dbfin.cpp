@@ -59,7 +59,8 @@ VEXStatus VEXDBFInput::readHeader() {
   if (header_.version == kVersionTwo || header_.version == kVersionSeven)
     return makeStatus(300022, {path(), integerText(header_.version)});
   if (header_.headerLength < dbf::kHeaderBytes) return makeStatus(300023, {path(), integerText(header_.headerLength)});
-  if (header_.recordLength == 0) return makeStatus(300024, {path()});
+  if (header_.recordLength == 0 && header_.numRecords > 0) return makeStatus(300024, {path()});
+  header_.recordLength = std::max<std::uint16_t>(header_.recordLength, 1);
   if (!file_.seek(0) || !file_.readBytes(header_.headerLength, bytes))
     return makeStatus(300004,
                       {path(), integerText(static_cast<std::int64_t>(size)), integerText(header_.headerLength)});

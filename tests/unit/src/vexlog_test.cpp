@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <sstream>
 
 #include "tests/unit/support.h"
@@ -36,18 +35,25 @@ class Log : public ::testing::Test {
     open();
     console();
   }
-  // Ends the run; the file's lines, each without its time fields.
+  // Ends the run; the file's lines without their time fields. A line of another shape begins with "?".
   std::string close() {
     log_.reset();
     std::string lines;
     std::string line;
     std::ifstream file(path_);
-    const std::regex shape(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\|[ \d]{4}\.\d\|[ \d]{3}\.\d\|([A-Z ]{6}\|.*))");
-    std::smatch parts;
-    while (std::getline(file, line))
-      lines += (std::regex_match(line, parts, shape) ? parts[1].str() : "?" + line) + "\n";
-    return std::regex_replace(lines, std::regex(R"(\d+\.\d seconds)"), "N seconds");
+    while (std::getline(file, line)) lines += (hasTimes(line) ? line.substr(kTimes.size()) : "?" + line) + "\n";
+    std::size_t number = lines.find("Duration: ") + 10;
+    return lines.replace(number, lines.find(" seconds") - number, "N");
   }
+  static bool hasTimes(std::string line) {
+    for (char& c : line)
+      if (c >= '0' && c <= '9') c = '9';
+    for (std::size_t at : {20U, 21U, 22U, 27U, 28U})  // padded with blanks
+      if (line.size() > at && line[at] == '9') line[at] = ' ';
+    return line.starts_with(kTimes);
+  }
+  static constexpr std::string_view kTimes = "9999-99-99 99:99:99|   9.9|  9.9|";
+
   std::string console() {
     std::rewind(sink_);
     std::string text;
@@ -206,17 +212,14 @@ TEST(Messages, Files) {
     const char* text;
     const char* shown;  // a pattern
   };
-  for (const Row& row : {
-           Row{"/ 7, x\n\n7, a %0,%1 %2 %0\r\n", "<a p,q %2 p>"},
-           Row{"7,  b\n7,c", "<c>"},
-           Row{"7,", "<>"},
-           Row{"8, x", "<Message #7 is not present in the message file>"},
-           Row{"7 x\n", "<Line `7 x' does not have the separator character `,' in it>"},
-           Row{"7 , x\n", "<Line `7 , x' does not have a valid message number: `7 ' is not numeric>"},
-           Row{", x\n", "<Line `, x' does not have a valid message number: `' is not numeric>"},
-           Row{"99999999999, x\n", "`99999999999' is not numeric>"},
-           Row{nullptr, "<Unable to open file: .*messages.  Make sure the file exists and can be opened.>"},
-       })
+  for (const Row& row :
+       {Row{"/ 7, x\n\n7, a %0,%1 %2 %0\r\n", "<a p,q %2 p>"}, Row{"7,  b\n7,c", "<c>"}, Row{"7,", "<>"},
+        Row{"8, x", "<Message #7 is not present in the message file>"},
+        Row{"7 x\n", "<Line `7 x' does not have the separator character `,' in it>"},
+        Row{"7 , x\n", "<Line `7 , x' does not have a valid message number: `7 ' is not numeric>"},
+        Row{", x\n", "<Line `, x' does not have a valid message number: `' is not numeric>"},
+        Row{"99999999999, x\n", "`99999999999' is not numeric>"},
+        Row{nullptr, "<Unable to open file: .*messages.  Make sure the file exists and can be opened.>"}})
     EXPECT_EXIT(loadInFreshProcess(row.text), ::testing::ExitedWithCode(0), row.shown);
   EXPECT_EXIT(
       {
