@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the examples of a document: run_docs.py <orv> <document.md>
+"""Runs the examples of a document: run_docs.py <orv> <document.md> [<call_runner>]
 
 An example begins with a fenced block ```orv NAME, a mapping file, and goes on with the blocks behind it, up to the
 next ```orv block. Everything lies in a directory of its own, which is the current one of the run.
@@ -12,7 +12,16 @@ next ```orv block. Everything lies in a directory of its own, which is the curre
   ```log            lines of the log, severity and text, that must come in this order
   ```message NUMBER the failure that ends the run, and its text; the text may be left out
 
-Each example needs at least one of the last four. Blocks of any other kind are text for the reader."""
+Each example needs at least one of the last four. Blocks of any other kind are text for the reader.
+
+An example of a function is one block ```call:
+
+  row <row>         rows of a mapping file, when the function needs some
+  <feature>         what every call of the block begins with, as `type {name=value, ...} line 0 0, 1 1'
+  @Name(...)        a call on the destination side; `source @Name(...)' is one on the source side
+  = <result>        of the call in front; without it the result must be empty
+  -> <feature>      what it leaves; without it the feature must be as it was, and `-> nothing' says that it is gone
+  ! <number>        the failure, in place of both"""
 import os
 import pathlib
 import re
@@ -23,6 +32,7 @@ import tempfile
 
 GIVEN = {"orv", "file", "args", "command"}
 EXPECTED = {"rows", "result", "log", "message"}
+CALL = "call"
 
 
 class Example:
@@ -38,7 +48,9 @@ class Example:
 
 
 def examples(document):
+    """The mapping files with their blocks, and the blocks of calls as (line, rows of the block)."""
     found = []
+    calls = []
     fence = None
     for number, line in enumerate(document.read_text(encoding="utf-8").splitlines(), 1):
         if fence is None:
@@ -48,14 +60,47 @@ def examples(document):
                 if kind == "orv":
                     found.append(Example(word or f"example{number}", number))
         elif line == fence:
-            if kind in GIVEN | EXPECTED:
+            if kind == CALL:
+                calls.append((number - len(body), body))
+            elif kind in GIVEN | EXPECTED:
                 if not found:
                     sys.exit(f"{document.name}:{number}: a block `{kind}' stands before the first mapping file")
                 found[-1].blocks.append((kind, word, "".join(text + "\n" for text in body)))
             fence = None
         else:
             body.append(line)
-    return found
+    return found, calls
+
+
+def run_calls(runner, body):
+    """Runs one block of calls; gives its faults."""
+    asked, wanted, feature = [], [], ""
+    for line in body:
+        if line.startswith("row "):
+            asked.append(line)
+        elif line.startswith(("@", "source @")):
+            asked.append("extract " + line[7:] if line.startswith("source ") else "execute " + line)
+            wanted.append([line, "0", "", feature])
+        elif line.startswith("= "):
+            wanted[-1][2] = line[2:]
+        elif line.startswith("-> "):
+            wanted[-1][3] = "" if line == "-> nothing" else line[3:]
+        elif line.startswith("! "):
+            wanted[-1][1:3] = [line[2:], None]
+        elif line.strip():
+            feature = line
+            asked.append("feature " + line)
+    done = subprocess.run([runner], input="".join(line + "\n" for line in asked), capture_output=True, text=True,
+                          timeout=120, check=False)
+    got = done.stdout.split("\n")
+    faults = [] if wanted else ["no call stands in it"]
+    for index, (call, number, result, after) in enumerate(wanted):
+        shown = got[3 * index:3 * index + 3]
+        if len(shown) < 3:
+            return faults + [f"{call}: the runner stopped: {done.stderr}"]
+        if shown[0] != number or (result is not None and shown[1] != result) or shown[2] != after:
+            faults.append(f"{call}: expected {number}, `{result}', `{after}'\n  got {shown[0]}, `{shown[1]}', `{shown[2]}'")
+    return faults
 
 
 def run(program, example, directory):
@@ -112,16 +157,24 @@ def run(program, example, directory):
 
 def main():
     program, document = str(pathlib.Path(sys.argv[1]).resolve()), pathlib.Path(sys.argv[2])
-    found = examples(document)
+    found, calls = examples(document)
     bad = 0
+    if calls and len(sys.argv) < 4:
+        sys.exit(f"{document.name}: the calls need the program call_runner")
+    for line, body in calls:
+        faults = run_calls(str(pathlib.Path(sys.argv[3]).resolve()), body)
+        for fault in faults:
+            print(f"{document.name}:{line}: {fault}")
+        bad += bool(faults)
     for example in found:
         with tempfile.TemporaryDirectory(prefix="orv_docs_") as directory:
             faults = run(program, example, pathlib.Path(directory))
         for fault in faults:
             print(f"{document.name}:{example.line}: example {example.name}: {fault}")
         bad += bool(faults)
-    print(f"{document.name}: {len(found)} examples, {bad} wrong")
-    sys.exit(1 if bad or not found else 0)
+    count = len(found) + len(calls)
+    print(f"{document.name}: {count} examples, {bad} wrong")
+    sys.exit(1 if bad or count == 0 else 0)
 
 
 main()
