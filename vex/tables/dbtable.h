@@ -32,7 +32,7 @@ class VEXDatabaseSession {
   void rollback();  // to the last commit; the inserts take no further rows
   std::uint64_t numCommitted() const { return numCommitted_; }
 
-  static constexpr std::uint64_t kBatchRows = 200000;
+  static constexpr std::uint64_t kBatchRows = std::uint64_t{200} * 1000;
 
  private:
   std::unique_ptr<VEXDatabase> database_;
