@@ -31,6 +31,18 @@ inline constexpr std::uint32_t kEveryPartMask = 767;  // every kind of part but 
 
 class VEXFeature;
 class VEXLine;
+struct VEXBox;
+
+// An arc of an ellipse; angles in degrees, counter-clockwise from the X axis.
+struct VEXArc {
+  double centreX = 0.0;
+  double centreY = 0.0;
+  double semiPrimary = 0.0;
+  double semiSecondary = 0.0;
+  double rotation = 0.0;
+  double start = 0.0;
+  double sweep = 360.0;
+};
 
 struct VEXRecycle {
   void operator()(VEXFeature* feature) const noexcept;  // hands it to VEXObjectRecycler, or deletes it without one
@@ -63,7 +75,12 @@ class VEXFeature : public VEXObject {
   std::size_t numCoords() const { return xCoord_.size(); }
   void addCoord(double x, double y, double z = 0.0);  // z is kept only in a feature of dimension 3
   void reserveCoords(std::size_t count);
+  // Appends one ordinate (axis 0 x, 1 y, 2 z) to its sequence. Ordinates of the other axes that have not been given
+  // yet are 0, and take the next ones that are; a z makes the feature 3D.
+  void appendOrdinate(int axis, double value);
   void resetCoords();  // empties coordinates, keeps everything else
+  // One coordinate; z is 0 in dimension 2. 395701, and -999999.9999999 three times: there is none at this index.
+  VEXStatus coordAt(std::size_t index, double& x, double& y, double& z) const;
   std::span<const double> xs() const { return xCoord_; }
   std::span<const double> ys() const { return yCoord_; }
   std::span<const double> zs() const { return zCoord_; }  // empty in a feature of dimension 2
@@ -84,6 +101,36 @@ class VEXFeature : public VEXObject {
   VEXStatus setLine(VEXLine&& line);
   // Takes the line's arrays; dimension and geometry code follow the line.
   void loadFromLine(VEXLine&& line);
+  // Gives back what takeLine took: dimension, code and attributes stay.
+  void restoreLine(VEXLine&& line);
+
+  // ---- geometry operations (vexfeatgeom.cpp); on a failure the feature is as it was ----
+  VEXStatus scale(double x, double y, double z);                            // a NaN z leaves z alone
+  VEXStatus offset(double x, double y, double z);                           // the same
+  VEXStatus rotate2D(double centreX, double centreY, double angleDegrees);  // a positive angle turns clockwise
+  VEXStatus boundingBox(VEXBox& box) const;                                 // NaN without coordinates
+  VEXStatus boundingCube(VEXBox& box) const;
+  VEXStatus insidePoint(bool careful, VEXPoint& point) const;
+  VEXStatus setOrientation(bool counterClockwise);           // of the outer rings
+  VEXStatus getOrientation(bool& isCounterClockwise) const;  // of the first ring; 244010: there is none
+  // Parts above the limit become lines of that many vertices that share their ends; all parts, the last first, become
+  // an aggregate. Nothing happens to a feature within the limit. 878004: a limit of 0.
+  VEXStatus chop(std::size_t maxVertices, bool& wasCut);
+  // This feature's geometry becomes the aggregate of theirs; they go back to the recycler.
+  VEXStatus buildAggregate(VEXFeatureVector& parts);
+  // A feature for each part, with this one's attributes; nested aggregates are opened when `recursive` says so.
+  // 878001: this is no aggregate.
+  VEXStatus splitAggregate(bool recursive, VEXFeatureVector& featureVector) const;
+  // The arc as a line, or a polygon when it closes; the first z is kept. 0 edges: as many as
+  // ORV_ARC_DEGREES_PER_EDGE says. 878002: that keyword is not above 0. 878003: too many edges.
+  VEXStatus arcToPoints(const VEXArc& arc, std::int64_t numEdges);
+  // Three coordinates become the centre of the circle through them; radius (twice), start and sweep angle become
+  // attributes. 244018, 244019.
+  VEXStatus pointsToArc(std::string_view primaryName, std::string_view secondaryName, std::string_view startName,
+                        std::string_view sweepName);
+  // A smooth line through the points, each segment in `perSegment` pieces. The two outermost points at each end only
+  // shape it, unless `extrapolate` has them made. 878005: too few points. 878006: 0 or too many pieces.
+  VEXStatus interpolateSpline(std::size_t perSegment, bool extrapolate);
 
   // ---- whole ----
   void reset(int dimension, std::size_t numCoords);  // as new; buffers are kept
@@ -98,6 +145,7 @@ class VEXFeature : public VEXObject {
   std::vector<double> zCoord_;
   std::uint8_t dimension_;
   std::uint32_t geomType_ = VEX_GEOM_UNDEFINED;
+  std::size_t missing_[3] = {0, 0, 0};  // of each axis: the last so many ordinates have not been given yet
   std::string coordSys_;
   VEXStringVector reprojectionCommands_;
 };

@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t kBadPartIndex = 1498;
 constexpr std::int64_t kDumpedCoordinates = 20;
+constexpr std::int32_t kFirstZType = 11;
 
 bool holdsPoints(std::uint32_t code) {
   return code == VEX_GEOM_POINT || code == VEX_GEOM_MULTI_POINT || code == VEX_GEOM_PIP;
@@ -27,17 +28,18 @@ VEXStatus VEXShapeOutput::open(std::string_view typeName) {
   type_ = typeName.empty() ? nullptr : shp::findType(typeName);
   if (!typeName.empty() && (type_ == nullptr || type_->family == shp::Family::Patch))
     return makeStatus(204009, {typeName, basePath_, shp::typeNames()});
-  box_ = VEXBox();
+  extent_ = ShapeExtent();
+  heights_ = VEXBox();
   return extendStatus(file_.open(basePath_, type_ == nullptr ? 0 : type_->code));
 }
 
 // The z range goes into the header of a two-dimensional type only; the others have zeros there.
 VEXStatus VEXShapeOutput::close() {
   std::array<double, 8> box{};
-  if (!std::isnan(box_.minX)) box = {box_.minX, box_.minY, box_.maxX, box_.maxY, 0.0, 0.0, 0.0, 0.0};
-  if (type_ != nullptr && type_->code < 11 && !std::isnan(box_.minZ)) {
-    box[4] = box_.minZ;
-    box[5] = box_.maxZ;
+  if (!extent_.isEmpty()) box = {extent_.minX, extent_.minY, extent_.maxX, extent_.maxY, 0.0, 0.0, 0.0, 0.0};
+  if (type_ != nullptr && type_->code < kFirstZType && !std::isnan(heights_.minX)) {
+    box[4] = heights_.minX;
+    box[5] = heights_.maxX;
   }
   return extendStatus(file_.close(box));
 }
@@ -234,7 +236,7 @@ VEXStatus VEXShapeOutput::writeParts() {
   shp::putLittle(content, static_cast<std::uint32_t>(type_->code));
   char* at = content + shp::kPoint.offset;
   if (type_->family != shp::Family::Point) {
-    const VEXBox& box = parts_.box();
+    const ShapeExtent& box = parts_.extent();
     for (const double value : {box.minX, box.minY, box.maxX, box.maxY}) {
       shp::putReal(at, value);
       at += shp::kValueBytes;
@@ -315,14 +317,10 @@ char* VEXShapeOutput::encodeBlock(char* at, const double* values, double missing
 }
 
 void VEXShapeOutput::growBox(const VEXFeature& feature) {
-  VEXBox box = parts_.box();
-  if (feature.dimension() == 3 && type_->code < 11) {
-    const double* const zs = parts_.zs();
-    VEXBox heights;
-    for (const ShapePart& part : parts_.parts())
-      heights.add(boxOf({zs + part.first, part.count}, {zs + part.first, part.count}));
-    box.minZ = heights.minX;
-    box.maxZ = heights.maxX;
+  extent_.add(parts_.extent());
+  if (feature.dimension() != 3 || type_->code >= kFirstZType) return;
+  for (const ShapePart& part : parts_.parts()) {
+    const VEXOrdinates zs(parts_.zs() + part.first, part.count);
+    heights_.add(boxOf(zs, zs));
   }
-  box_.add(box);
 }

@@ -56,5 +56,6 @@ class VEXShapeOutput {
   const shp::Type* type_ = nullptr;  // null: no type
   bool aiFix_ = false;
   bool writesM_ = false;  // the record at hand
-  VEXBox box_;            // of all records
+  ShapeExtent extent_;    // of all records
+  VEXBox heights_;        // of all records, z in the place of x
 };

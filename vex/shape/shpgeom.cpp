@@ -7,11 +7,19 @@
 
 namespace {
 
-constexpr std::uint64_t kNoSign = ~(std::uint64_t{1} << 63);
-constexpr std::uint64_t kInfinity = std::uint64_t{0x7FF} << 52;
+// Written so that a difference in x, which is the rule, is one branch.
+bool isSame(double x1, double y1, double x2, double y2) { return __builtin_expect(x1 == x2, 0) && y1 == y2; }
 
-std::uint64_t magnitude(double value) {
-  return std::bit_cast<std::uint64_t>(value) & kNoSign;
+// True when none of the doubles behind each other at `at` is infinite or not a number: those have an exponent of
+// ones, which overflows into the sign's place.
+bool areFinite(const char* at, std::size_t count) {
+  std::uint64_t overflow = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    std::uint64_t bits;
+    std::memcpy(&bits, at + shp::kValueBytes * i, sizeof bits);
+    overflow |= (bits & ~(std::uint64_t{1} << 63)) + (std::uint64_t{1} << 52);
+  }
+  return overflow >> 63 == 0;
 }
 
 bool isMeasure(double value) {
@@ -42,13 +50,13 @@ bool ShapeDecoder::decode(const shp::Record& record, VEXFeature& feature) {
   parts_.clear();
   feature_ = &feature;
   at_ = size_ = 0;
-  worst_ = 0;
   hasThird_ = feature.dimension() == 3;
   hasMeasures_ = record.zs != nullptr && anyMeasure(record);
+  if (type.family != shp::Family::Point && !areFinite(record.points, std::size_t{2} * record.numPoints)) return false;
   const Source from{record.points, record.zs != nullptr ? record.zs : record.ms, record.ms};
   switch (type.family) {
     case shp::Family::Point:
-      decodePoint(from);
+      if (!decodePoint(from)) return false;
       break;
     case shp::Family::MultiPoint:
       decodePoints(from, record.numPoints);
@@ -66,7 +74,6 @@ bool ShapeDecoder::decode(const shp::Record& record, VEXFeature& feature) {
   feature.mutableXs().resize(at_);
   feature.mutableYs().resize(at_);
   if (hasThird_) feature.mutableZs().resize(at_);
-  if (worst_ >= kInfinity) return false;
   if (at_ == 0) return true;
   constexpr std::uint32_t kCodes[] = {VEX_GEOM_UNDEFINED, VEX_GEOM_POINT,       VEX_GEOM_LINE,
                                       VEX_GEOM_POLYGON,   VEX_GEOM_MULTI_POINT, VEX_GEOM_UNDEFINED};
@@ -102,13 +109,14 @@ void ShapeDecoder::put(std::size_t at, double x, double y, double third, double 
   if (hasMeasures_) measures_[at] = measure;
 }
 
-void ShapeDecoder::decodePoint(const Source& from) {
+bool ShapeDecoder::decodePoint(const Source& from) {
   const double x = shp::getReal(from.points);
   const double y = shp::getReal(from.points + shp::kValueBytes);
-  if (std::isnan(x) || std::isnan(y)) return;
-  worst_ = std::max(magnitude(x), magnitude(y));
+  if (std::isnan(x) || std::isnan(y)) return true;
+  if (std::isinf(x) || std::isinf(y)) return false;
   ensure(1);
   put(at_++, x, y, hasThird_ ? shp::getReal(from.third) : 0.0, hasMeasures_ ? shp::getReal(from.measures) : 0.0);
+  return true;
 }
 
 void ShapeDecoder::decodePoints(const Source& from, std::size_t count) {
@@ -119,7 +127,6 @@ void ShapeDecoder::decodePoints(const Source& from, std::size_t count) {
     const double y = shp::getReal(from.points + shp::kPointBytes * i + shp::kValueBytes);
     const double third = hasThird_ ? shp::getReal(from.third + shp::kValueBytes * i) : 0.0;
     const double measure = hasMeasures_ ? shp::getReal(from.measures + shp::kValueBytes * i) : 0.0;
-    worst_ = std::max({worst_, magnitude(x), magnitude(y)});
     for (std::size_t n = 0; n < times; ++n) put(at_++, x, y, third, measure);
   }
 }
@@ -157,29 +164,30 @@ void ShapeDecoder::takePart(Source from, std::size_t count, bool isRing) {
   const double firstY = shp::getReal(from.points + shp::kValueBytes);
   double lastX = kNoZ;  // equals nothing
   double lastY = kNoZ;
-  std::uint64_t worst = worst_;
   std::size_t at = start;
+  double* x = x_;
+  double* y = y_;
   for (std::size_t i = 0; i < count; ++i) {
-    const double x = shp::getReal(from.points + shp::kPointBytes * i);
-    const double y = shp::getReal(from.points + shp::kPointBytes * i + shp::kValueBytes);
-    if (x == lastX && y == lastY) continue;
-    worst = std::max(worst, std::max(magnitude(x), magnitude(y)));
-    if (isRing && lastX == firstX && lastY == firstY && at > start + 1) [[unlikely]] {
+    const double thisX = shp::getReal(from.points + shp::kPointBytes * i);
+    const double thisY = shp::getReal(from.points + shp::kPointBytes * i + shp::kValueBytes);
+    if (isSame(thisX, thisY, lastX, lastY)) continue;
+    if (isSame(lastX, lastY, firstX, firstY) && isRing && at > start + 1) [[unlikely]] {
       // The ring comes back to its first point and goes on: that point stands twice.
       ensure(at + count - i + 2);
+      x = x_;
+      y = y_;
       put(at, lastX, lastY, kThird ? z_[at - 1] : 0.0, kMeasure ? measures_[at - 1] : 0.0);
       ++at;
     }
-    x_[at] = x;
-    y_[at] = y;
+    x[at] = thisX;
+    y[at] = thisY;
     if constexpr (kThird) z_[at] = shp::getReal(from.third + shp::kValueBytes * i);
     if constexpr (kMeasure) measures_[at] = shp::getReal(from.measures + shp::kValueBytes * i);
     ++at;
-    lastX = x;
-    lastY = y;
+    lastX = thisX;
+    lastY = thisY;
   }
-  worst_ = worst;
-  if (isRing && !(lastX == firstX && lastY == firstY)) {
+  if (isRing && !(lastX == firstX && lastY == firstY && at > start + 1)) {
     put(at, firstX, firstY, kThird ? z_[start] : 0.0, kMeasure ? measures_[start] : 0.0);
     ++at;
   }

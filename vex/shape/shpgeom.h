@@ -32,7 +32,7 @@ class ShapeDecoder {
     const char* third;
     const char* measures;
   };
-  void decodePoint(const Source& from);
+  bool decodePoint(const Source& from);
   void decodePoints(const Source& from, std::size_t count);
   template <bool kThird, bool kMeasure>
   void takePart(Source from, std::size_t count, bool isRing);
@@ -51,7 +51,6 @@ class ShapeDecoder {
   const bool makesAggregates_;
   bool hasThird_ = false;
   bool hasMeasures_ = false;
-  std::uint64_t worst_ = 0;  // the largest ordinate's bits without the sign
   VEXFeature* feature_ = nullptr;
   double* x_ = nullptr;  // of the feature, with room for size_
   double* y_ = nullptr;

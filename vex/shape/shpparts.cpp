@@ -3,40 +3,21 @@
 #include <algorithm>
 #include <bit>
 #include <charconv>
-#include <limits>
+#include <cmath>
 
 #include "vex/shape/shpcodec.h"
 
 namespace {
 
-std::uint64_t magnitude(double value) {
-  return std::bit_cast<std::uint64_t>(value) & ~(std::uint64_t{1} << 63);
+// Written so that a difference in x, which is the rule, is one branch.
+bool isSame(double x1, double y1, double x2, double y2) { return __builtin_expect(x1 == x2, 0) && y1 == y2; }
+
+bool isFiniteRun(const double* values, std::size_t count) {
+  std::uint64_t overflow = 0;
+  for (std::size_t i = 0; i < count; ++i)
+    overflow |= (std::bit_cast<std::uint64_t>(values[i]) & ~(std::uint64_t{1} << 63)) + (std::uint64_t{1} << 52);
+  return overflow >> 63 == 0;
 }
-
-// A box that grows coordinate by coordinate, and the largest magnitude met.
-struct Extent {
-  double minX = std::numeric_limits<double>::infinity();
-  double minY = minX;
-  double maxX = -minX;
-  double maxY = -minX;
-  std::uint64_t worst = 0;
-
-  void add(double x, double y) {
-    minX = x < minX ? x : minX;
-    minY = y < minY ? y : minY;
-    maxX = x > maxX ? x : maxX;
-    maxY = y > maxY ? y : maxY;
-    worst = std::max(worst, std::max(magnitude(x), magnitude(y)));
-  }
-  void addTo(VEXBox& box) const {
-    VEXBox own;
-    own.minX = minX;
-    own.minY = minY;
-    own.maxX = maxX;
-    own.maxY = maxY;
-    if (minX <= maxX) box.add(own);
-  }
-};
 
 }  // namespace
 
@@ -46,8 +27,8 @@ void ShapeParts::start(const VEXFeature& feature) {
   z_ = feature.dimension() == 3 ? feature.zs().data() : nullptr;
   m_ = nullptr;
   numCoords_ = feature.numCoords();
-  box_ = VEXBox();
-  worst_ = 0;
+  extent_ = ShapeExtent();
+  isFinite_ = true;
   numPoints_ = 0;
   hasRepeats_ = hasDropped_ = false;
   parts_.clear();
@@ -76,20 +57,20 @@ bool ShapeParts::loadMeasures(std::string_view text) {
   return true;
 }
 
-void ShapeParts::addBox(std::size_t first, std::size_t count) {
-  Extent extent;
+void ShapeParts::addExtent(std::size_t first, std::size_t count) {
+  ShapeExtent extent = extent_;
   for (std::size_t i = first; i < first + count; ++i) extent.add(x_[i], y_[i]);
-  extent.addTo(box_);
-  worst_ = std::max(worst_, extent.worst);
+  extent_ = extent;
+  isFinite_ = isFinite_ && isFiniteRun(x_ + first, count) && isFiniteRun(y_ + first, count);
 }
 
 void ShapeParts::addLines(std::size_t first, std::size_t count) {
   if (count == 0) return;
-  addBox(first, count);
+  addExtent(first, count);
   std::size_t start = first;
   const std::size_t end = first + count;
   for (std::size_t i = start + 1; i < end; ++i) {
-    if (x_[i] != x_[i - 1] || y_[i] != y_[i - 1]) continue;
+    if (!isSame(x_[i], y_[i], x_[i - 1], y_[i - 1])) continue;
     push({.first = start, .count = i - start});
     start = ++i;
   }
@@ -97,42 +78,50 @@ void ShapeParts::addLines(std::size_t first, std::size_t count) {
 }
 
 void ShapeParts::addPoints(std::size_t first, std::size_t count, bool standTwice) {
-  addBox(first, count);
+  addExtent(first, count);
   for (std::size_t i = first; i < first + count; ++i) {
     push({.first = i, .count = 1});
     if (standTwice && i + 1 < first + count && x_[i] == x_[i + 1] && y_[i] == y_[i + 1]) ++i;
   }
 }
 
+// The loop over the coordinates is the hot one: ring, box, area and repeats come out of it together.
 void ShapeParts::addRings(std::size_t first, std::size_t count) {
   const std::size_t end = first + count;
-  Extent extent;
+  const double* const xs = x_;
+  const double* const ys = y_;
+  ShapeExtent extent = extent_;
   for (std::size_t start = first; start < end;) {
-    const double x0 = x_[start];
-    const double y0 = y_[start];
+    const double x0 = xs[start];
+    const double y0 = ys[start];
     extent.add(x0, y0);
     double lastX = x0;
     double lastY = y0;
-    double sum = 0.0;  // relative to the first y, as everywhere
+    double lastDx = 0.0;
+    double sum = 0.0;  // twice the area, from the first point
     bool isClosed = false;
     bool repeats = false;
     std::size_t at = start + 1;
     for (; at < end; ++at) {
-      const double x = x_[at];
-      const double y = y_[at];
-      extent.add(x, y);
-      sum += lastX * (y - y0) - x * (lastY - y0);
-      if (x == x0 && y == y0) {
+      const double x = xs[at];
+      const double y = ys[at];
+      const double dx = x - x0;
+      sum += (dx + lastDx) * (y - lastY);
+      if (isSame(x, y, x0, y0)) {
         isClosed = true;
         break;
       }
-      repeats |= x == lastX && y == lastY;
+      if (isSame(x, y, lastX, lastY)) repeats = true;
+      extent.add(x, y);
       lastX = x;
       lastY = y;
+      lastDx = dx;
     }
     const std::size_t edges = isClosed ? at - start : end - start;
+    if (!std::isfinite(sum)) [[unlikely]]
+      isFinite_ = isFinite_ && isFiniteRun(xs + start, edges) && isFiniteRun(ys + start, edges);
     if (edges >= 3) {
-      if (!isClosed) sum += lastX * (y0 - y0) - x0 * (lastY - y0);
+      if (!isClosed) sum += lastDx * (y0 - lastY);
       push({.first = start, .count = isClosed ? edges + 1 : edges, .closes = !isClosed});
       areas_.push_back(sum / 2.0);
       hasRepeats_ |= repeats;
@@ -143,21 +132,19 @@ void ShapeParts::addRings(std::size_t first, std::size_t count) {
       start = !isClosed ? end : edges == 1 ? at : at + 1;
     }
   }
-  extent.addTo(box_);
-  worst_ = std::max(worst_, extent.worst);
+  extent_ = extent;
 }
 
 bool ShapeParts::settleRings() {
   if (hasRepeats_) dropRepeats();
-  if (hasDropped_ && isFinite()) {
-    box_ = VEXBox();
-    for (const ShapePart& part : parts_) addBox(part.first, part.count);
+  if (hasDropped_) {
+    extent_ = ShapeExtent();
+    for (const ShapePart& part : parts_) addExtent(part.first, part.count);
   }
   if (parts_.size() == 1) [[likely]] {
     parts_[0].isReversed = areas_[0] > 0.0;
     return true;
   }
-  if (!isFinite()) return true;
   rings_.clear();
   for (std::size_t i = 0; i < parts_.size(); ++i)
     rings_.push_back({.first = parts_[i].first, .count = parts_[i].count, .area = areas_[i]});

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string_view>
 #include <vector>
 
@@ -19,6 +20,26 @@ struct ShapePart {
   bool isReversed = false;
 
   std::size_t numPoints() const { return count + (closes ? 1 : 0); }
+};
+
+// A box that grows coordinate by coordinate; not a number in a coordinate is passed over.
+struct ShapeExtent {
+  double minX = std::numeric_limits<double>::infinity();
+  double minY = std::numeric_limits<double>::infinity();
+  double maxX = -std::numeric_limits<double>::infinity();
+  double maxY = -std::numeric_limits<double>::infinity();
+
+  void add(double x, double y) {
+    minX = x < minX ? x : minX;
+    minY = y < minY ? y : minY;
+    maxX = x > maxX ? x : maxX;
+    maxY = y > maxY ? y : maxY;
+  }
+  void add(const ShapeExtent& other) {
+    add(other.minX, other.minY);
+    add(other.maxX, other.maxY);
+  }
+  bool isEmpty() const { return !(minX <= maxX); }
 };
 
 class ShapeParts {
@@ -39,10 +60,10 @@ class ShapeParts {
   // Puts rings in order. False when there are too many to tell shells from holes: their direction stays then.
   bool settleRings();
 
-  bool isFinite() const { return worst_ < std::uint64_t{0x7FF} << 52; }
+  bool isFinite() const { return isFinite_; }  // of all coordinates looked at
   const std::vector<ShapePart>& parts() const { return parts_; }
   std::size_t numPoints() const { return numPoints_; }
-  const VEXBox& box() const { return box_; }
+  const ShapeExtent& extent() const { return extent_; }
   const double* xs() const { return x_; }
   const double* ys() const { return y_; }
   const double* zs() const { return z_; }  // null: the feature has none
@@ -53,7 +74,7 @@ class ShapeParts {
   bool insertMidpointBefore(std::size_t secondPartIndex);
 
  private:
-  void addBox(std::size_t first, std::size_t count);
+  void addExtent(std::size_t first, std::size_t count);
   void push(const ShapePart& part) {
     parts_.push_back(part);
     numPoints_ += part.numPoints();
@@ -66,8 +87,8 @@ class ShapeParts {
   const double* z_ = nullptr;
   const double* m_ = nullptr;
   std::size_t numCoords_ = 0;
-  VEXBox box_;
-  std::uint64_t worst_ = 0;  // the largest ordinate's bits without the sign
+  ShapeExtent extent_;
+  bool isFinite_ = true;
   std::size_t numPoints_ = 0;
   bool hasRepeats_ = false;  // in a ring
   bool hasDropped_ = false;  // a ring: the box may be too large

@@ -14,9 +14,21 @@ std::int64_t VEXArgs::integer(std::size_t at) const {
   return value;
 }
 
+namespace {
+
+// -1: no axis word.
+int axisOf(std::string_view word) {
+  constexpr const char* kWords[3][2] = {{"x", "c1"}, {"y", "c2"}, {"z", "c3"}};
+  for (int axis = 0; axis < 3; ++axis)
+    for (const char* known : kWords[axis])
+      if (equalsIgnoringCase(word, known)) return axis;
+  return -1;
+}
+
+}  // namespace
+
 int VEXArgs::axis(std::size_t at) const {
-  char letter = texts_[at][0];
-  return letter == 'x' || letter == 'X' ? 0 : letter == 'y' || letter == 'Y' ? 1 : 2;
+  return axisOf(texts_[at]);
 }
 
 namespace {
@@ -32,7 +44,7 @@ bool isOfKind(std::string_view text, VEXArgKind kind) {
     case VEXArgKind::Integer:
       return textToInteger(text, integer);
     case VEXArgKind::Axis:
-      return text.size() == 1 && std::string_view("xyzXYZ").find(text[0]) != std::string_view::npos;
+      return axisOf(text) >= 0;
   }
   return false;
 }
@@ -56,8 +68,16 @@ VEXStatus VEXRuleCommand::execute(VEXFeaturePtr& feature, const VEXStringVector&
 
 VEXStatus VEXRuleCommand::extract(VEXFeaturePtr& feature, const VEXStringVector& params, std::string& result) {
   if (rule_.extract == VEXExtract::Forward) return extendStatus(execute(feature, params, result));
+  if (rule_.extract == VEXExtract::Inverse) {
+    VEX_TRY(test(feature, params));
+    return extendStatus(inverse(feature, VEXArgs(params), result));
+  }
   if (rule_.extract == VEXExtract::Clear) result.clear();
   return nullptr;
+}
+
+VEXStatus VEXRuleCommand::inverse(VEXFeaturePtr& feature, const VEXArgs& args, std::string& result) {
+  return extendStatus(work(feature, args, result));
 }
 
 VEXStatus VEXRuleCommand::configure(const VEXStringVector&) {

@@ -47,7 +47,7 @@ enum class VEXArgKind {
   Text,     // anything
   Real,     // a real number; params.real(i)
   Integer,  // an integer; params.integer(i)
-  Axis,     // X, Y or Z in either case; params.axis(i)
+  Axis,     // x, y, z or c1, c2, c3 in either case; params.axis(i)
 };
 
 struct VEXArgRule {
@@ -62,6 +62,7 @@ enum class VEXExtract {
   EmptyResult,  // succeeds, the result stays as it was
   Nothing,      // succeeds, touches nothing
   Clear,        // succeeds, the result becomes empty
+  Inverse,      // the same tests, then inverse()
   Own,          // the class overrides extract
 };
 
@@ -103,6 +104,8 @@ class VEXRuleCommand : public VEXCommand {
   // Tests count, feature and arguments by the rule; for functions whose two directions differ.
   VEXStatus test(const VEXFeaturePtr& feature, const VEXStringVector& params) const;
   virtual VEXStatus work(VEXFeaturePtr& feature, const VEXArgs& args, std::string& result) = 0;
+  // The source direction of a function ruled Inverse: undoes what work does.
+  virtual VEXStatus inverse(VEXFeaturePtr& feature, const VEXArgs& args, std::string& result);
 
  private:
   const VEXCommandRule& rule_;

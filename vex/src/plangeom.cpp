@@ -116,6 +116,13 @@ bool isRingInRing(VEXOrdinates outerXs, VEXOrdinates outerYs, VEXOrdinates inner
   return innerXs.size() > 1 && !ringsCross(outerXs, outerYs, innerXs, innerYs);
 }
 
+void exactSinCos(double radians, double& sine, double& cosine) {
+  sine = std::sin(radians);
+  cosine = std::cos(radians);
+  if (cosine == 1.0 || cosine == -1.0) sine = 0.0;
+  if (sine == 1.0 || sine == -1.0) cosine = 0.0;
+}
+
 double distanceToSegment(double px, double py, double x1, double y1, double x2, double y2) {
   double dx = x2 - x1;
   double dy = y2 - y1;
@@ -150,14 +157,18 @@ void ellipseArc(double centreX, double centreY, double semiPrimary, double semiS
                 double sweep, std::size_t count, std::vector<double>& xs, std::vector<double>& ys) {
   xs.clear();
   ys.clear();
-  const double cosR = std::cos(-rotation);
-  const double sinR = std::sin(-rotation);
+  double cosR = 0.0;
+  double sinR = 0.0;
+  exactSinCos(-rotation, sinR, cosR);
   double lastX = 0.0;
   double lastY = 0.0;
   for (std::size_t i = 0; i < count; ++i) {
     double t = count > 1 ? start + static_cast<double>(i) * sweep / static_cast<double>(count - 1) : start;
-    double x = semiPrimary * std::cos(t);
-    double y = semiSecondary * std::sin(t);
+    double sine = 0.0;
+    double cosine = 0.0;
+    exactSinCos(t, sine, cosine);
+    double x = semiPrimary * cosine;
+    double y = semiSecondary * sine;
     if (i > 0 && x == lastX && y == lastY) continue;
     lastX = x;
     lastY = y;

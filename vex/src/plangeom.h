@@ -37,10 +37,13 @@ bool isPointInRing(VEXOrdinates xs, VEXOrdinates ys, double px, double py);
 bool isRingInRing(VEXOrdinates outerXs, VEXOrdinates outerYs, VEXOrdinates innerXs, VEXOrdinates innerYs);
 // True when a pair of edges crosses in a point that is no end of either.
 bool ringsCross(VEXOrdinates xs1, VEXOrdinates ys1, VEXOrdinates xs2, VEXOrdinates ys2);
+// Sine and cosine of an angle in radians; those of right angles are exact: 0, 1 and -1.
+void exactSinCos(double radians, double& sine, double& cosine);
 double distanceToSegment(double px, double py, double x1, double y1, double x2, double y2);
 double lengthOf(VEXOrdinates xs, VEXOrdinates ys);
 double lengthOf3D(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs);
 // `count` points of an ellipse arc, all angles in radians: at start + i * sweep / (count - 1), equal successive
-// points dropped, turned by -rotation and moved to the centre.
+// points dropped, turned counter-clockwise by the rotation and moved to the centre. Points at right angles are exact,
+// so that a full turn ends on its first point.
 void ellipseArc(double centreX, double centreY, double semiPrimary, double semiSecondary, double rotation, double start,
                 double sweep, std::size_t count, std::vector<double>& xs, std::vector<double>& ys);

@@ -65,6 +65,9 @@ class VEXReaderImp {
   const std::string& keyword() const { return keywords_.keyword(); }
   const std::string& coordSys() const { return coordSys_; }
   VEXStatus takeStatus() { return std::move(status_); }                  // what the constructor left
+  // The dataset, or a reader around this one, declares a coordinate system; the mapping file's own wins, with a
+  // warning.
+  void setCoordSys(const std::string& name);
 
  protected:
   const VEXDriverKeywords& keywords() const { return keywords_; }
@@ -74,8 +77,6 @@ class VEXReaderImp {
   VEXStatus getDefLines(VEXLineVector& lines) const;
   // Drops the names whose file base name does not occur under the keyword ID, when there is such a row.
   void keepListedIDs(VEXStringVector& names) const;
-  // The dataset declares a coordinate system; the mapping file's own wins, with a warning.
-  void setCoordSys(const std::string& name);
 
   VEXStatus status_;
 

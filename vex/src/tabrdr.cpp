@@ -18,9 +18,12 @@ constexpr std::size_t kDeepestInclude = 32;   // each open file holds a buffer
 constexpr std::size_t kMostIncludes = 10000;  // files that include each other twice would multiply for ever
 constexpr std::size_t kLongestShown = 500;    // bytes of a text that a message repeats
 
+// A text of a file as a message can show it: not without end, and without what steers a terminal.
 std::string shown(std::string_view text) {
-  if (text.size() <= kLongestShown) return std::string(text);
-  return std::string(text.substr(0, kLongestShown)) + "...";
+  std::string start(text.substr(0, kLongestShown));
+  for (char& c : start)
+    if (static_cast<unsigned char>(c) < ' ' && c != '\t' && c != '\n') c = '?';
+  return text.size() <= kLongestShown ? start : start + "...";
 }
 
 std::string_view leftTrimmed(std::string_view text) {

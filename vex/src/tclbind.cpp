@@ -4,6 +4,7 @@
 
 // The part of the library's published C interface that is used here.
 struct Tcl_Interp;
+struct Tcl_Obj;
 
 namespace {
 
@@ -15,6 +16,9 @@ constexpr int kTraceWrites = 0x20;
 constexpr int kTraceUnsets = 0x40;
 constexpr int kTraceDestroyed = 0x80;  // the trace goes with its variable
 constexpr int kInterpDestroyed = 0x100;
+constexpr int kTraceArrays = 0x800;
+constexpr int kEvalGlobal = 0x20000;
+constexpr std::size_t kLongestScript = std::size_t{1} << 30;  // the library counts bytes in an int
 
 using CommandProc = int (*)(void* data, Tcl_Interp* interp, int argc, const char* argv[]);
 using DeleteProc = void (*)(void* data);
@@ -28,6 +32,11 @@ struct TclLibrary {
   int (*init)(Tcl_Interp*) = nullptr;
   int (*eval)(Tcl_Interp*, const char*) = nullptr;
   int (*evalFile)(Tcl_Interp*, const char*) = nullptr;
+  int (*evalEx)(Tcl_Interp*, const char*, int, int) = nullptr;
+  int (*evalObjEx)(Tcl_Interp*, Tcl_Obj*, int) = nullptr;
+  Tcl_Obj* (*newStringObj)(const char*, int) = nullptr;
+  void (*incrRefCount)(Tcl_Obj*, const char*, int) = nullptr;
+  void (*decrRefCount)(Tcl_Obj*, const char*, int) = nullptr;
   const char* (*getStringResult)(Tcl_Interp*) = nullptr;
   void (*setResult)(Tcl_Interp*, char*, FreeProc) = nullptr;
   const char* (*getVar2)(Tcl_Interp*, const char*, const char*, int) = nullptr;
@@ -48,6 +57,11 @@ struct TclLibrary {
     bind(library, "Tcl_Init", init);
     bind(library, "Tcl_Eval", eval);
     bind(library, "Tcl_EvalFile", evalFile);
+    bind(library, "Tcl_EvalEx", evalEx);
+    bind(library, "Tcl_EvalObjEx", evalObjEx);
+    bind(library, "Tcl_NewStringObj", newStringObj);
+    bind(library, "Tcl_DbIncrRefCount", incrRefCount);
+    bind(library, "Tcl_DbDecrRefCount", decrRefCount);
     bind(library, "Tcl_GetStringResult", getStringResult);
     bind(library, "Tcl_SetResult", setResult);
     bind(library, "Tcl_GetVar2", getVar2);
@@ -110,6 +124,7 @@ struct VEXTclInterp::TraceEntry {
     auto* entry = static_cast<TraceEntry*>(data);
     Access access = (flags & kTraceReads) != 0    ? Access::Read
                     : (flags & kTraceWrites) != 0 ? Access::Write
+                    : (flags & kTraceArrays) != 0 ? Access::Array
                                                   : Access::Unset;
     entry->trace(access, fromTcl(name2));
     if (access == Access::Unset && (flags & kTraceDestroyed) != 0) entry->watch(interp, name1);
@@ -117,8 +132,8 @@ struct VEXTclInterp::TraceEntry {
   }
   // An unset variable loses its traces; the name stays watched.
   bool watch(Tcl_Interp* interp, const char* name) {
-    return tcl().traceVar2(interp, name, nullptr, kGlobalOnly | kTraceReads | kTraceWrites | kTraceUnsets, call,
-                           this) == kOk;
+    constexpr int kEveryAccess = kTraceReads | kTraceWrites | kTraceUnsets | kTraceArrays;
+    return tcl().traceVar2(interp, name, nullptr, kGlobalOnly | kEveryAccess, call, this) == kOk;
   }
 };
 
@@ -146,7 +161,10 @@ VEXTclInterp::VEXTclInterp() {
 }
 
 VEXTclInterp::~VEXTclInterp() {
-  if (interp_ != nullptr) tcl().deleteInterp(interp_);
+  if (interp_ == nullptr) return;
+  for (const KeptScript& script : kept_)
+    if (script.compiled != nullptr) tcl().decrRefCount(script.compiled, __FILE__, __LINE__);
+  tcl().deleteInterp(interp_);
 }
 
 bool VEXTclInterp::eval(const std::string& script) {
@@ -155,6 +173,28 @@ bool VEXTclInterp::eval(const std::string& script) {
 
 bool VEXTclInterp::evalFile(const std::string& path) {
   return isReady() && tcl().evalFile(interp_, toTcl(path).c_str()) == kOk;
+}
+
+bool VEXTclInterp::evalKept(std::string_view script) {
+  if (!isReady() || script.size() > kLongestScript) return false;
+  const std::string text = toTcl(script);
+  KeptScript& slot = kept_[std::hash<std::string_view>()(text) % kept_.size()];
+  if (slot.text != text) {
+    slot.text = text;
+    if (slot.compiled != nullptr) tcl().decrRefCount(slot.compiled, __FILE__, __LINE__);
+    slot.compiled = nullptr;
+    return tcl().evalEx(interp_, text.c_str(), static_cast<int>(text.size()), kEvalGlobal) == kOk;
+  }
+  if (slot.compiled == nullptr) {
+    slot.compiled = tcl().newStringObj(text.c_str(), static_cast<int>(text.size()));
+    tcl().incrRefCount(slot.compiled, __FILE__, __LINE__);
+  }
+  // A script that runs others may lose its slot while it runs.
+  Tcl_Obj* running = slot.compiled;
+  tcl().incrRefCount(running, __FILE__, __LINE__);
+  const bool done = tcl().evalObjEx(interp_, running, kEvalGlobal) == kOk;
+  tcl().decrRefCount(running, __FILE__, __LINE__);
+  return done;
 }
 
 std::string VEXTclInterp::result() const {

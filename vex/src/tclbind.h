@@ -2,6 +2,7 @@
 // isReady() stays false and every call fails. Texts are UTF-8 going in and coming out.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <string>
@@ -11,12 +12,14 @@
 #include "vex/inc/stkdefs.h"
 
 struct Tcl_Interp;
+struct Tcl_Obj;
 
 class VEXTclInterp {
  public:
-  enum class Access { Read, Write, Unset };
-  // Called before a read of the variable (which it may set), after a write, after an unset. `element` is the
-  // array element, empty for a scalar.
+  enum class Access { Read, Write, Unset, Array };
+  // Called before a read of the variable (which it may set), after a write, after an unset, and before an operation
+  // on an array as a whole, such as "array names" (it may set and unset elements). `element` is the array element,
+  // empty for a scalar or a whole array.
   using Trace = std::function<void(Access access, const std::string& element)>;
   // The words behind the command's name come in; `result` becomes the command's result, or its error text when
   // the call gives false.
@@ -31,6 +34,9 @@ class VEXTclInterp {
   // Runs a script; false when it fails, with the error in result() and errorInfo().
   bool eval(const std::string& script);
   bool evalFile(const std::string& path);
+  // The same at global level, for a text that is likely to come again: from its second time on its compiled form is
+  // kept.
+  bool evalKept(std::string_view script);
   std::string result() const;
   std::string errorInfo() const;
 
@@ -49,7 +55,13 @@ class VEXTclInterp {
  private:
   struct TraceEntry;
   struct CommandEntry;
+  // A script by the hash of its text; the newest of one slot stays.
+  struct KeptScript {
+    std::string text;
+    Tcl_Obj* compiled = nullptr;
+  };
   Tcl_Interp* interp_ = nullptr;
+  std::array<KeptScript, 256> kept_;
   std::vector<std::unique_ptr<TraceEntry>> traces_;
   std::vector<std::unique_ptr<CommandEntry>> commands_;
 };

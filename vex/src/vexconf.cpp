@@ -105,10 +105,12 @@ VEXStatus VEXConfiguration::computeRows(const std::vector<std::size_t>& computed
   bool hasFunctions = VEXCommandRegistry::exists() && VEXObjectRecycler::exists();
   VEXFeaturePtr scratch = hasFunctions ? VEXObjectRecycler::instance().getFeature() : nullptr;
   if (!hasFunctions) return extendStatus(computeTokens(computedRows, scratch));
+  isComputing_ = true;
   VEXStatus failure = VEXCommandRegistry::instance().configureFrom();
   if (failure == nullptr) failure = computeTokens(computedRows, scratch);
   scratch.reset();
   VEXCommandRegistry::instance().closeDownAll();
+  isComputing_ = false;
   cursor_ = 0;
   return extendStatus(std::move(failure));
 }

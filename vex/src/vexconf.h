@@ -36,6 +36,8 @@ class VEXConfiguration {
   static bool intValue(std::string_view keyword, std::int32_t& number);  // 236005 logged when it is none
   static bool doubleValue(std::string_view keyword, double& number);     // 236006 logged when it is none
   static bool contains(std::string_view keyword);                        // any row of it
+  // True while load() runs the functions of $[@...]: the translation has not begun.
+  static bool isComputing() { return instance_ != nullptr && instance_->isComputing_; }
   // True when ORV_DEBUG holds the word.
   static bool debugWord(std::string_view word);
 
@@ -57,4 +59,5 @@ class VEXConfiguration {
   std::vector<VEXStringVector> rows_;  // an index never changes; a replaced row is emptied
   std::unordered_map<std::string, std::vector<std::size_t>, VEXTextHash, std::equal_to<>> keywordIndex_{64};
   std::size_t cursor_ = 0;
+  bool isComputing_ = false;
 };

@@ -1,5 +1,8 @@
 #include "vex/inc/vexfeat.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "vex/inc/vexassert.h"
 #include "vex/src/cmdparm.h"
 #include "vex/src/vexline.h"
@@ -95,6 +98,7 @@ void VEXFeature::resetCoords() {
   xCoord_.clear();
   yCoord_.clear();
   zCoord_.clear();
+  std::fill(std::begin(missing_), std::end(missing_), 0);
 }
 
 void VEXFeature::trimCoords() {
@@ -120,10 +124,15 @@ VEXLine VEXFeature::takeLine() {
 void VEXFeature::loadFromLine(VEXLine&& line) {
   if (!line.ownsGeometry()) line = line.clone();
   dimension_ = static_cast<std::uint8_t>(line.dimension());
+  setGeomType(line.geomType());
+  std::fill(std::begin(missing_), std::end(missing_), 0);
+  restoreLine(std::move(line));
+}
+
+void VEXFeature::restoreLine(VEXLine&& line) {
   xCoord_ = std::move(line.ownedX_);
   yCoord_ = std::move(line.ownedY_);
   zCoord_ = std::move(line.ownedZ_);
-  setGeomType(line.geomType());
   line = VEXLine();
 }
 
@@ -153,6 +162,7 @@ void VEXFeature::cloneFrom(const VEXFeature& source) {
   xCoord_ = source.xCoord_;
   yCoord_ = source.yCoord_;
   zCoord_ = source.zCoord_;
+  std::copy(std::begin(source.missing_), std::end(source.missing_), missing_);
   geomType_ = source.geomType_;
   cloneAttributes(source);
   reprojectionCommands_ = source.reprojectionCommands_;

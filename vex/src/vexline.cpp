@@ -140,26 +140,60 @@ bool VEXLine::isClosed() const {
   return numCoords_ > 1 && xCoord_[0] == xCoord_[numCoords_ - 1] && yCoord_[0] == yCoord_[numCoords_ - 1];
 }
 
+std::span<double> VEXLine::mutableXs() {
+  VEX_ASSERT(ownedGeom_ == STK_TRUE);
+  boundingBox_.reset();
+  return ownedX_;
+}
+
+std::span<double> VEXLine::mutableYs() {
+  VEX_ASSERT(ownedGeom_ == STK_TRUE);
+  boundingBox_.reset();
+  return ownedY_;
+}
+
+std::span<double> VEXLine::mutableZs() {
+  VEX_ASSERT(ownedGeom_ == STK_TRUE);
+  return ownedZ_;
+}
+
 // ---- parts ----
 
 VEXStatus VEXLine::findPart(std::size_t startPos, VEXLinePart& part) const {
   VEX_ASSERT(startPos < numCoords());
   if (geomType_ == VEX_GEOM_AGGREGATE) return makeStatus(244008);
+  findPartOrRing(startPos, part);
+  return nullptr;
+}
+
+void VEXLine::findPartOrRing(std::size_t startPos, VEXLinePart& part) const {
   const std::size_t count = numCoords_;
   for (std::size_t at = startPos + 1; at < count; ++at) {
     if (xCoord_[at] == xCoord_[at - 1] && yCoord_[at] == yCoord_[at - 1]) {
       part = at == startPos + 1 ? VEXLinePart{VEX_GEOM_POINT, startPos, startPos + 2}
                                 : VEXLinePart{VEX_GEOM_LINE, at - 1, at + 1};
-      return nullptr;
+      return;
     }
     if (xCoord_[at] == xCoord_[startPos] && yCoord_[at] == yCoord_[startPos]) {
       part =
           at - startPos <= 2 ? VEXLinePart{VEX_GEOM_LINE, at - 1, at + 1} : VEXLinePart{VEX_GEOM_POLYGON, at, at + 1};
-      return nullptr;
+      return;
     }
   }
   part = VEXLinePart{startPos + 1 == count ? VEX_GEOM_POINT : VEX_GEOM_LINE, count - 1, count};
-  return nullptr;
+}
+
+void VEXLine::partAt(std::size_t startPos, VEXLinePart& part) const {
+  if (geomType_ == VEX_GEOM_LINE)
+    findBreak(startPos, part);
+  else
+    findPartOrRing(startPos, part);
+}
+
+void VEXLine::runAt(std::size_t startPos, VEXLinePart& part) const {
+  if (!isAreaCode(geomType_)) return partAt(startPos, part);
+  const std::size_t next = startPos + ringAt(startPos, numCoords_).count;
+  part = VEXLinePart{VEX_GEOM_POLYGON, next - 1, next};
 }
 
 // The part of a polyline: it ends at a coordinate that stands twice; a loop in it is no end.
@@ -205,26 +239,28 @@ VEXStatus VEXLine::leaves(std::vector<VEXLineRange>& ranges) const {
   return nullptr;
 }
 
+VEXStatus VEXLine::directParts(std::vector<VEXLineRange>& ranges) const {
+  if (geomType_ != VEX_GEOM_AGGREGATE) return extendStatus(leaves(ranges));
+  ranges.clear();
+  VEXLineRange part;
+  for (std::size_t spot = 0; spot < numCoords_; spot = part.first + part.count) {
+    VEX_TRY(headerAt(spot, numCoords_, part));
+    ranges.push_back(part);
+  }
+  return nullptr;
+}
+
 VEXStatus VEXLine::split(std::uint32_t mask, std::vector<VEXLine>& parts, bool recursive) const {
   if (geomType_ == VEX_GEOM_AGGREGATE) {
     std::vector<VEXLineRange> ranges;
-    if (recursive) VEX_TRY(leaves(ranges));
-    for (std::size_t spot = 0; !recursive && spot < numCoords_;) {
-      VEXLineRange part;
-      VEX_TRY(headerAt(spot, numCoords_, part));
-      ranges.push_back(part);
-      spot = part.first + part.count;
-    }
+    VEX_TRY(recursive ? leaves(ranges) : directParts(ranges));
     for (const VEXLineRange& range : ranges)
       if ((range.code & mask) != 0) parts.push_back(view(range));
     return nullptr;
   }
   VEXLinePart part;
   for (std::size_t at = 0; at < numCoords_; at = part.next) {
-    if (geomType_ == VEX_GEOM_LINE)
-      findBreak(at, part);
-    else
-      VEX_TRY(findPart(at, part));
+    partAt(at, part);
     if ((part.kind & mask) != 0) parts.push_back(view(VEXLineRange{at, part.last + 1 - at, part.kind}));
   }
   return nullptr;
@@ -256,27 +292,77 @@ VEXStatus VEXLine::partList(std::vector<std::size_t>& starts) {
   return nullptr;
 }
 
+// A ring ends at the first later coordinate equal to its first; one that repeats the first at once is no end.
+VEXLineRange VEXLine::ringAt(std::size_t start, std::size_t end) const {
+  auto isFirst = [&](std::size_t at) { return xCoord_[at] == xCoord_[start] && yCoord_[at] == yCoord_[start]; };
+  std::size_t at = start + 1;
+  while (at < end && isFirst(at)) ++at;
+  while (at < end && !isFirst(at)) ++at;
+  return VEXLineRange{start, std::min(at + 1, end) - start, VEX_GEOM_POLYGON};
+}
+
 void VEXLine::rings(std::vector<VEXLineRange>& ranges) const {
   ranges.clear();
-  for (std::size_t start = 0; start < numCoords_;) {
-    std::size_t end = start + 3;  // a ring spans three edges at least
-    while (end < numCoords_ && (xCoord_[end] != xCoord_[start] || yCoord_[end] != yCoord_[start])) ++end;
-    end = std::min(end, numCoords_ - 1);
-    ranges.push_back(VEXLineRange{start, end + 1 - start, VEX_GEOM_POLYGON});
-    start = end + 1;
+  for (std::size_t start = 0; start < numCoords_; start += ranges.back().count)
+    ranges.push_back(ringAt(start, numCoords_));
+}
+
+void VEXLine::findHoles(const std::vector<VEXLineRange>& ranges, std::vector<bool>& isHole) const {
+  isHole.assign(ranges.size(), geomType_ == VEX_GEOM_DONUT);
+  if (ranges.size() < 2) isHole.assign(ranges.size(), false);
+  if (!isHole.empty()) isHole[0] = false;
+  if (geomType_ == VEX_GEOM_DONUT || ranges.size() < 2) return;
+  struct Ring {
+    VEXLine line;
+    VEXBox box;
+    VEXPoint inside;
+    double area;
+  };
+  std::vector<Ring> rings;
+  rings.reserve(ranges.size());
+  for (const VEXLineRange& range : ranges) {
+    Ring ring{view(range), {}, {}, 0.0};
+    ring.box = boxOf(ring.line.xs(), ring.line.ys());
+    ring.area = ringArea(ring.line.xs(), ring.line.ys());
+    ring.inside = ring.line.point(0);
+    ignoreStatus(ring.line.insideByScan(ring.inside));  // its first vertex serves then
+    rings.push_back(std::move(ring));
   }
+  for (std::size_t i = 0; i < rings.size(); ++i) {
+    bool isInside = false;
+    const VEXPoint p = rings[i].inside;
+    for (const Ring& other : rings) {
+      if (other.area <= rings[i].area || p.x < other.box.minX || p.x > other.box.maxX || p.y < other.box.minY ||
+          p.y > other.box.maxY)
+        continue;
+      if (isPointInRing(other.line.xs(), other.line.ys(), p.x, p.y)) isInside = !isInside;
+    }
+    isHole[i] = isInside;
+  }
+}
+
+VEXStatus VEXLine::numHoles(std::size_t& count) const {
+  count = 0;
+  return extendStatus(forEachLeaf([&](const VEXLineRange& range) {
+    if (!isAreaCode(range.code)) return;
+    std::vector<VEXLineRange> ranges;
+    std::vector<bool> isHole;
+    const VEXLine part = view(range);
+    part.rings(ranges);
+    part.findHoles(ranges, isHole);
+    count += static_cast<std::size_t>(std::count(isHole.begin(), isHole.end(), true));
+  }));
 }
 
 // ---- measures ----
 
 VEXStatus VEXLine::boundingBox(VEXBox& box) const {
   if (!boundingBox_.has_value()) {
-    std::vector<VEXLineRange> ranges;
-    VEX_TRY(leaves(ranges));
     VEXBox all;
-    for (const VEXLineRange& range : ranges)
+    VEX_TRY(forEachLeaf([&](const VEXLineRange& range) {
       if (range.count > 0)
         all.add(boxOf(xs().subspan(range.first, range.count), ys().subspan(range.first, range.count)));
+    }));
     boundingBox_ = all;
   }
   box = *boundingBox_;
@@ -286,79 +372,72 @@ VEXStatus VEXLine::boundingBox(VEXBox& box) const {
 VEXStatus VEXLine::boundingCube(VEXBox& box) const {
   VEX_TRY(boundingBox(box));
   if (!hasZ_) return nullptr;
-  std::vector<VEXLineRange> ranges;
-  VEX_TRY(leaves(ranges));
-  for (const VEXLineRange& range : ranges) {
-    if (range.count == 0) continue;
+  return extendStatus(forEachLeaf([&](const VEXLineRange& range) {
+    if (range.count == 0) return;
     VEXOrdinates z = zs().subspan(range.first, range.count);
     VEXBox heights = boxOf(z, z);
     VEXBox part;
     part.minZ = heights.minX;
     part.maxZ = heights.maxX;
     box.add(part);
+  }));
+}
+
+double VEXLine::areaOf(const VEXLineRange& range) const {
+  if (!isAreaCode(range.code)) return 0.0;
+  double area = 0.0;
+  const std::size_t end = range.first + range.count;
+  for (std::size_t start = range.first; start < end;) {
+    VEXLineRange ring = ringAt(start, end);
+    double ringed = signedRingArea(xs().subspan(ring.first, ring.count), ys().subspan(ring.first, ring.count));
+    if (range.code == VEX_GEOM_POLYGON)
+      area += ringed;
+    else
+      area += range.code == VEX_GEOM_DONUT && start > range.first ? -std::fabs(ringed) : std::fabs(ringed);
+    start += ring.count;
   }
-  return nullptr;
+  return range.code == VEX_GEOM_POLYGON ? std::fabs(area) : area;
 }
 
 VEXStatus VEXLine::area(double& area) const {
   area = 0.0;
-  std::vector<VEXLineRange> ranges;
-  if (geomType_ == VEX_GEOM_AGGREGATE) {
-    VEX_TRY(leaves(ranges));
-    for (const VEXLineRange& range : ranges) {
-      double part = 0.0;
-      VEX_TRY(view(range).area(part));
-      area += part;
+  return extendStatus(forEachLeaf([&](const VEXLineRange& range) { area += areaOf(range); }));
+}
+
+double VEXLine::lengthIn(const VEXLineRange& range, bool in3D) const {
+  const VEXLine run = view(range);
+  auto measure = [&](std::size_t first, std::size_t count) {
+    VEXOrdinates x = run.xs().subspan(first, count);
+    VEXOrdinates y = run.ys().subspan(first, count);
+    return in3D ? lengthOf3D(x, y, run.zs().subspan(first, count)) : lengthOf(x, y);
+  };
+  if (range.code == VEX_GEOM_POINT || range.code == VEX_GEOM_MULTI_POINT) return 0.0;
+  if (range.code == VEX_GEOM_UNDEFINED) return measure(0, run.numCoords_);
+  double length = 0.0;
+  if (isAreaCode(range.code)) {
+    for (std::size_t start = 0; start < run.numCoords_;) {
+      VEXLineRange ring = run.ringAt(start, run.numCoords_);
+      length += measure(ring.first, ring.count);
+      start += ring.count;
     }
-    return nullptr;
+    return length;
   }
-  if (geomType_ != VEX_GEOM_POLYGON && geomType_ != VEX_GEOM_DONUT && geomType_ != VEX_GEOM_MULTI_POLY) return nullptr;
-  rings(ranges);
-  for (std::size_t i = 0; i < ranges.size(); ++i) {
-    double ring =
-        signedRingArea(xs().subspan(ranges[i].first, ranges[i].count), ys().subspan(ranges[i].first, ranges[i].count));
-    if (geomType_ == VEX_GEOM_POLYGON)
-      area += ring;
-    else
-      area += geomType_ == VEX_GEOM_DONUT && i > 0 ? -std::fabs(ring) : std::fabs(ring);
+  VEXLinePart part;
+  for (std::size_t at = 0; at < run.numCoords_; at = part.next) {
+    run.partAt(at, part);
+    length += measure(at, part.last + 1 - at);
   }
-  if (geomType_ == VEX_GEOM_POLYGON) area = std::fabs(area);
-  return nullptr;
+  return length;
 }
 
 VEXStatus VEXLine::length2D(double& length) const {
   length = 0.0;
-  std::vector<VEXLineRange> ranges;
-  VEX_TRY(leaves(ranges));
-  for (const VEXLineRange& range : ranges) {
-    if (range.code == VEX_GEOM_POINT || range.code == VEX_GEOM_MULTI_POINT) continue;
-    const VEXLine run = view(range);
-    if (range.code == VEX_GEOM_POLYGON) {
-      std::vector<VEXLineRange> closed;
-      run.rings(closed);
-      for (const VEXLineRange& ring : closed)
-        length += lengthOf(run.xs().subspan(ring.first, ring.count), run.ys().subspan(ring.first, ring.count));
-      continue;
-    }
-    std::vector<VEXLine> parts;
-    VEX_TRY(run.split(kEveryPartMask, parts));
-    for (const VEXLine& part : parts) length += lengthOf(part.xs(), part.ys());
-  }
-  return nullptr;
+  return extendStatus(forEachLeaf([&](const VEXLineRange& range) { length += lengthIn(range, false); }));
 }
 
 VEXStatus VEXLine::length3D(double& length) const {
-  if (!hasZ_) return extendStatus(length2D(length));
   length = 0.0;
-  std::vector<VEXLineRange> ranges;
-  VEX_TRY(leaves(ranges));
-  for (const VEXLineRange& range : ranges) {
-    if (range.code == VEX_GEOM_POINT || range.code == VEX_GEOM_MULTI_POINT) continue;
-    std::vector<VEXLine> parts;
-    VEX_TRY(view(range).split(kEveryPartMask, parts));
-    for (const VEXLine& part : parts) length += lengthOf3D(part.xs(), part.ys(), part.zs());
-  }
-  return nullptr;
+  return extendStatus(forEachLeaf([&](const VEXLineRange& range) { length += lengthIn(range, hasZ_); }));
 }
 
 std::size_t VEXLine::lowestPoint() const {

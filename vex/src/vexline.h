@@ -3,8 +3,10 @@
 // Coordinates come from outside: what does not fit together ends in a status.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -14,6 +16,11 @@
 #include "vex/inc/vexfeat.h"
 #include "vex/inc/vexpoint.h"
 #include "vex/src/plangeom.h"
+
+// The codes that have an area.
+inline bool isAreaCode(std::uint32_t code) {
+  return code == VEX_GEOM_POLYGON || code == VEX_GEOM_DONUT || code == VEX_GEOM_MULTI_POLY;
+}
 
 // A run of coordinates that holds no header row.
 struct VEXLineRange {
@@ -61,6 +68,10 @@ class VEXLine {
   VEXOrdinates zs() const { return hasZ_ ? VEXOrdinates(zCoord_, numCoords_) : VEXOrdinates(); }  // empty in 2D
   VEXPoint point(std::size_t at) const { return {xCoord_[at], yCoord_[at], hasZ_ ? zCoord_[at] : kNoZ}; }
   bool isClosed() const;  // two coordinates or more, the first equal to the last in x and y
+  // For work on whole arrays, such as a change of coordinate system; only in lines that own them. Drop the box.
+  std::span<double> mutableXs();
+  std::span<double> mutableYs();
+  std::span<double> mutableZs();  // empty in 2D
 
   // ---- parts ----
   // The part that begins at startPos, by coordinates that come again. 244008 on an aggregate.
@@ -68,6 +79,8 @@ class VEXLine {
   // The runs of coordinates that hold no header: those of an aggregate's parts at any depth, otherwise the whole.
   // 244023: header rows that do not fit the coordinates, or nest too deep.
   VEXStatus leaves(std::vector<VEXLineRange>& ranges) const;
+  // The direct parts of an aggregate, their header rows left out; otherwise the whole. 244023.
+  VEXStatus directParts(std::vector<VEXLineRange>& ranges) const;
   // Views of the parts whose code is in the mask. On an aggregate the direct parts, or with `recursive` those of
   // nested aggregates, too; otherwise the parts that the part finder sees.
   VEXStatus split(std::uint32_t mask, std::vector<VEXLine>& parts, bool recursive = false) const;
@@ -76,6 +89,10 @@ class VEXLine {
   VEXStatus partList(std::vector<std::size_t>& starts);
   // The rings of a polygon, a donut or a list of polygons; a ring that never closes is taken as it stands.
   void rings(std::vector<VEXLineRange>& ranges) const;
+  // Which of these rings are holes: all but the first of a donut; otherwise a ring that lies in an odd number of
+  // larger ones.
+  void findHoles(const std::vector<VEXLineRange>& ranges, std::vector<bool>& isHole) const;
+  VEXStatus numHoles(std::size_t& count) const;
 
   // ---- measures ----
   VEXStatus boundingBox(VEXBox& box) const;  // z left NaN; cached
@@ -111,9 +128,8 @@ class VEXLine {
   VEXStatus toIntegers();        // truncation of value + 0.5; z truncated
   VEXStatus removeDuplicates();  // drops coordinates equal to their predecessor in x and y
   void reverse(std::size_t first, std::size_t last);
-  void reverseAll() {
-    if (numCoords_ > 0) reverse(0, numCoords_ - 1);
-  }
+  // Every part the other way round, each in its place: rings, the lines of a list, the parts of an aggregate.
+  VEXStatus reverseParts();
   // Outer rings counter-clockwise (true) or clockwise, holes the other way. 244010: no ring.
   VEXStatus orientRings(bool counterClockwise);
   VEXStatus addHole(const VEXLine& hole);  // 244012, 244013
@@ -123,12 +139,25 @@ class VEXLine {
   // Sub-rings of a closed polygon, from each coordinate to its next equal one; code 0 below three edges.
   void splitAtRepeated(std::vector<VEXLine>& parts) const;
   VEXStatus simplifyDouglas(double tolerance);
+  // New vertices on the segments, z between those of the ends. 244025: more than kMostNewCoords would come.
+  VEXStatus addVerticesByCount(std::size_t perSegment);
+  VEXStatus addVerticesByInterval(double longest);   // equal pieces, none longer
+  VEXStatus addVerticesByDistance(double distance);  // at its multiples along each part, counted from the part's start
+  // A polygon or a donut becomes the line along its middle: thinned by the tolerance, cut at its vertices and at
+  // points no more than `spacing` apart on its edges. Code 0 when nothing remains; other codes stay. 244025.
+  VEXStatus middleLine(double tolerance, double spacing);
   // Three coordinates to the arc through them. Angles in degrees. 244018, 244019.
   VEXStatus arcThrough(VEXPoint& centre, double& radius, double& startDegrees, double& sweepDegrees) const;
   // Pieces of n vertices that share their ends; views of this line.
   void chop(std::size_t n, std::vector<VEXLine>& pieces) const;
   void close();                               // repeats the first coordinate unless it stands at the end
+  void closeParts();                          // the same for each part of a polyline; a polygon comes of it
   void append(double x, double y, double z);  // z only where the line has one
+  // Four words that tell this geometry, in degrees, from others: two that place it on the earth, the time, and a
+  // serial number with a random byte, whose lowest byte is left 0. 244014: no coordinates.
+  VEXStatus gridKey(std::array<std::uint32_t, 4>& words) const;
+
+  static constexpr std::size_t kMostNewCoords = 10'000'000;
 
  private:
   friend class VEXFeature;
@@ -136,15 +165,31 @@ class VEXLine {
   VEXLine view(const VEXLineRange& range) const;
   VEXStatus headerAt(std::size_t spot, std::size_t end, VEXLineRange& part) const;
   VEXStatus collectLeaves(std::size_t first, std::size_t count, int depth, std::vector<VEXLineRange>& ranges) const;
+  template <class Visit>
+  VEXStatus forEachLeaf(Visit&& visit) const;  // visit(range), after all header rows have been proved sound
   template <class Change>
   VEXStatus changeEach(Change&& change);  // change(x, y, z*) on every coordinate but header rows
-  template <class Work>
-  VEXStatus workOnParts(Work&& work);  // an aggregate's parts one by one, then put together again
+  // Runs on the line itself, or on each part of an aggregate that is none itself; parts without
+  // coordinates go, header rows follow. On a failure the line is as it was, as far as the work leaves it so.
+  using Work = std::function<VEXStatus(VEXLine&)>;
+  VEXStatus workOnParts(const Work& work);
+  VEXStatus rebuild(std::size_t first, std::size_t count, const Work& work, VEXLine& out) const;
+  // The part that begins at startPos as the code has it: ends of rings are no ends in a polyline.
+  void partAt(std::size_t startPos, VEXLinePart& part) const;
+  void runAt(std::size_t startPos, VEXLinePart& part) const;  // the same, a ring of an area as rings() has it
   void findBreak(std::size_t startPos, VEXLinePart& part) const;
-  bool hasBreaks() const;
+  void findPartOrRing(std::size_t startPos, VEXLinePart& part) const;
+  VEXLineRange ringAt(std::size_t start, std::size_t end) const;
+  double areaOf(const VEXLineRange& range) const;
+  double lengthIn(const VEXLineRange& range, bool in3D) const;
   void dropRepeated();
   void keepOnly(const std::vector<bool>& kept);
+  void keepFirst(std::size_t count);
   void thinRun(std::size_t first, std::size_t last, double tolerance, std::vector<bool>& kept) const;
+  void thin(double tolerance);
+  void roundRun(int axis, int decimals);
+  template <class Divide>
+  VEXStatus divideSegments(Divide&& divide);
   VEXStatus insideByScan(VEXPoint& point) const;
   bool insideByAxes(const VEXBox& box, VEXPoint& point) const;
 
@@ -160,3 +205,15 @@ class VEXLine {
   std::uint32_t geomType_ = VEX_GEOM_UNDEFINED;
   bool ownedGeom_ = STK_TRUE;
 };
+
+template <class Visit>
+VEXStatus VEXLine::forEachLeaf(Visit&& visit) const {
+  if (geomType_ != VEX_GEOM_AGGREGATE) {
+    visit(VEXLineRange{0, numCoords_, geomType_});
+    return nullptr;
+  }
+  std::vector<VEXLineRange> ranges;
+  VEX_TRY(leaves(ranges));
+  for (const VEXLineRange& range : ranges) visit(range);
+  return nullptr;
+}

@@ -14,35 +14,54 @@ constexpr double kPi = 3.14159265358979323846;
 template <class Change>
 VEXStatus VEXLine::changeEach(Change&& change) {
   VEX_ASSERT(ownedGeom_ == STK_TRUE);
-  std::vector<VEXLineRange> ranges;
-  VEX_TRY(leaves(ranges));
-  for (const VEXLineRange& range : ranges)
+  VEX_TRY(forEachLeaf([&](const VEXLineRange& range) {
     for (std::size_t i = range.first; i < range.first + range.count; ++i)
       change(ownedX_[i], ownedY_[i], hasZ_ ? &ownedZ_[i] : nullptr);
+  }));
   boundingBox_.reset();
   return nullptr;
 }
 
-// Works on each direct part of an aggregate, nested ones included, or on the line itself. Parts that end up
-// without coordinates go.
-template <class Work>
-VEXStatus VEXLine::workOnParts(Work&& work) {
+VEXStatus VEXLine::workOnParts(const Work& work) {
   VEX_ASSERT(ownedGeom_ == STK_TRUE);
   if (geomType_ != VEX_GEOM_AGGREGATE) return extendStatus(work(*this));
   std::vector<VEXLineRange> ranges;
   VEX_TRY(leaves(ranges));  // proves that the nesting is sound and not too deep
-  std::vector<VEXLine> views;
-  VEX_TRY(split(kEveryPartMask, views));
-  std::vector<VEXLine> parts;
-  for (const VEXLine& part : views) {
-    parts.push_back(part.clone());
-    VEX_TRY(parts.back().workOnParts(work));
-    if (parts.back().numCoords_ == 0) parts.pop_back();
+  VEXLine out = hasZ_ ? VEXLine({}, {}, {}, geomType_) : VEXLine({}, {}, geomType_);
+  VEX_TRY(rebuild(0, numCoords_, work, out));
+  out.adopt();
+  *this = std::move(out);
+  return nullptr;
+}
+
+VEXStatus VEXLine::rebuild(std::size_t first, std::size_t count, const Work& work, VEXLine& out) const {
+  auto push = [&out](const VEXLine& line) {
+    out.ownedX_.insert(out.ownedX_.end(), line.xs().begin(), line.xs().end());
+    out.ownedY_.insert(out.ownedY_.end(), line.ys().begin(), line.ys().end());
+    out.ownedZ_.insert(out.ownedZ_.end(), line.zs().begin(), line.zs().end());
+  };
+  for (std::size_t spot = first; spot < first + count;) {
+    VEXLineRange range;
+    VEX_TRY(headerAt(spot, first + count, range));
+    const std::size_t header = out.ownedX_.size();
+    push(view(VEXLineRange{spot, 1, VEX_GEOM_UNDEFINED}));
+    if (range.code == VEX_GEOM_AGGREGATE) {
+      VEX_TRY(rebuild(range.first, range.count, work, out));
+    } else {
+      VEXLine part = view(range).clone();
+      VEX_TRY(work(part));
+      push(part);
+      out.ownedX_[header] = part.geomType_;
+    }
+    const std::size_t left = out.ownedX_.size() - header - 1;
+    out.ownedY_[header] = static_cast<double>(left);
+    if (left == 0) {
+      out.ownedX_.pop_back();
+      out.ownedY_.pop_back();
+      if (hasZ_) out.ownedZ_.pop_back();
+    }
+    spot = range.first + range.count;
   }
-  if (!parts.empty())
-    *this = aggregateOf(parts);
-  else
-    keepOnly(std::vector<bool>(numCoords_, false));
   return nullptr;
 }
 
@@ -63,11 +82,9 @@ VEXStatus VEXLine::offset(double x, double y, double z) {
 }
 
 VEXStatus VEXLine::rotate2D(double centreX, double centreY, double angleDegrees) {
-  double cosA = std::cos(angleDegrees * kPi / 180.0);
-  double sinA = std::sin(angleDegrees * kPi / 180.0);
-  // Right angles stay exact.
-  if (cosA == 1.0 || cosA == -1.0) sinA = 0.0;
-  if (sinA == 1.0 || sinA == -1.0) cosA = 0.0;
+  double cosA = 0.0;
+  double sinA = 0.0;
+  exactSinCos(kPi * angleDegrees * 0.005555555555555556, sinA, cosA);
   return extendStatus(changeEach([=](double& px, double& py, double*) {
     double dx = px - centreX;
     double dy = py - centreY;
@@ -99,51 +116,73 @@ VEXStatus VEXLine::affine(double a, double b, double c, double d, double e, doub
 VEXStatus VEXLine::inverseAffine(double a, double b, double c, double d, double e, double f) {
   return extendStatus(changeEach([=](double& px, double& py, double*) {
     double x = px;
+    double y = py;
     py = (a * py - d * x + (c * d - a * f)) / (a * e - b * d);
-    px = (x - b * py - c) / a;
+    px = a != 0.0 ? (x - b * py - c) / a : (y - e * py - f) / d;  // a quarter turn has no a
   }));
 }
 
 // ---- rounding and duplicates ----
 
 VEXStatus VEXLine::roundAxis(int axis, int decimals) {
-  const double p = std::pow(10.0, decimals);
-  auto round = [p](double value) {
-    double scaled = p * value;
-    scaled = scaled >= 0.0 ? scaled + 0.5 : scaled - 0.5;
-    return std::trunc(scaled) / p;
-  };
-  return extendStatus(workOnParts([&](VEXLine& line) -> VEXStatus {
-    // What is a break before the rounding stays one; coordinates that the rounding makes equal are duplicates.
-    std::vector<VEXLineRange> runs;
-    VEXLinePart part;
-    const bool breaks = line.hasBreaks();
-    for (std::size_t at = 0; breaks && at < line.numCoords_; at = part.next) {
-      line.findBreak(at, part);
-      runs.push_back(VEXLineRange{at, part.last + 1 - at, part.next > part.last + 1 ? 1U : 0U});
-    }
-    if (runs.empty()) runs.push_back(VEXLineRange{0, line.numCoords_, 0});
-    VEX_TRY(line.changeEach([&](double& px, double& py, double* pz) {
-      if (axis == 0) px = round(px);
-      if (axis == 1) py = round(py);
-      if (axis == 2 && pz != nullptr) *pz = round(*pz);
-    }));
-    VEXLine joinedLine = line.clone();
-    std::vector<bool> none(line.numCoords_, false);
-    joinedLine.keepOnly(none);
-    for (const VEXLineRange& run : runs) {
-      VEXLine piece = line.view(run).clone();
-      piece.dropRepeated();
-      for (std::size_t i = 0; i < piece.numCoords_; ++i)
-        joinedLine.append(piece.xCoord_[i], piece.yCoord_[i], piece.hasZ_ ? piece.zCoord_[i] : kNoZ);
-      if (run.code == 1 && piece.numCoords_ > 0) {
-        VEXPoint end = piece.point(piece.numCoords_ - 1);
-        joinedLine.append(end.x, end.y, end.z);
-      }
-    }
-    line = std::move(joinedLine);
+  return extendStatus(workOnParts([axis, decimals](VEXLine& line) -> VEXStatus {
+    line.roundRun(axis, decimals);
     return nullptr;
   }));
+}
+
+namespace {
+
+double roundedTo(double value, int decimals) {
+  const double p = std::pow(10.0, std::abs(decimals));
+  const double scaled = decimals >= 0 ? value * p : value / p;
+  if (!(std::fabs(scaled) < 9007199254740992.0)) return value;  // no fraction is left at 2 to the 53rd
+  const double whole = std::trunc(scaled >= 0.0 ? scaled + 0.5 : scaled - 0.5);
+  if (whole == 0.0) return 0.0;
+  return decimals >= 0 ? whole / p : whole * p;
+}
+
+}  // namespace
+
+// What the rounding makes equal is dropped, part by part: a part keeps its first coordinate and the break behind it,
+// a ring its end. A hole that has no four coordinates left goes.
+void VEXLine::roundRun(int axis, int decimals) {
+  std::vector<VEXLinePart> parts;
+  const bool isArea = isAreaCode(geomType_);
+  VEXLinePart part;
+  for (std::size_t at = 0; at < numCoords_; at = part.next) {
+    runAt(at, part);
+    parts.push_back(part);
+  }
+  std::vector<double>& values = axis == 0 ? ownedX_ : axis == 1 ? ownedY_ : ownedZ_;
+  for (double& value : values) value = roundedTo(value, decimals);
+  std::size_t used = 0;
+  auto keep = [&](std::size_t i) {
+    ownedX_[used] = ownedX_[i];
+    ownedY_[used] = ownedY_[i];
+    if (hasZ_) ownedZ_[used] = ownedZ_[i];
+    ++used;
+  };
+  std::size_t start = 0;
+  std::size_t numRings = 0;
+  for (const VEXLinePart& run : parts) {
+    const std::size_t first = used;
+    for (std::size_t i = start; i <= run.last; ++i) {
+      if (used > first && ownedX_[i] == ownedX_[used - 1] && ownedY_[i] == ownedY_[used - 1]) {
+        if (hasZ_) ownedZ_[used - 1] = ownedZ_[i];
+        continue;
+      }
+      keep(i);
+    }
+    if (isArea && numRings > 0 && used - first < 4)
+      used = first;
+    else
+      ++numRings;
+    if (run.next > run.last + 1) keep(run.last);
+    start = run.next;
+  }
+  if (geomType_ == VEX_GEOM_DONUT && numRings == 1) geomType_ = VEX_GEOM_POLYGON;
+  keepFirst(used);
 }
 
 VEXStatus VEXLine::toIntegers() {
@@ -162,11 +201,6 @@ VEXStatus VEXLine::removeDuplicates() {
   }));
 }
 
-bool VEXLine::hasBreaks() const {
-  return geomType_ == VEX_GEOM_LINE || geomType_ == VEX_GEOM_MULTI || geomType_ == VEX_GEOM_MULTI_POINT ||
-         geomType_ == VEX_GEOM_MULTI_LINE;
-}
-
 void VEXLine::dropRepeated() {
   std::size_t used = 0;
   for (std::size_t i = 0; i < ownedX_.size(); ++i) {
@@ -179,10 +213,7 @@ void VEXLine::dropRepeated() {
     if (hasZ_) ownedZ_[used] = ownedZ_[i];
     ++used;
   }
-  ownedX_.resize(used);
-  ownedY_.resize(used);
-  if (hasZ_) ownedZ_.resize(used);
-  adopt();
+  keepFirst(used);
 }
 
 void VEXLine::keepOnly(const std::vector<bool>& kept) {
@@ -194,9 +225,13 @@ void VEXLine::keepOnly(const std::vector<bool>& kept) {
     if (hasZ_) ownedZ_[used] = ownedZ_[i];
     ++used;
   }
-  ownedX_.resize(used);
-  ownedY_.resize(used);
-  if (hasZ_) ownedZ_.resize(used);
+  keepFirst(used);
+}
+
+void VEXLine::keepFirst(std::size_t count) {
+  ownedX_.resize(count);
+  ownedY_.resize(count);
+  if (hasZ_) ownedZ_.resize(count);
   adopt();
 }
 
@@ -214,8 +249,21 @@ void VEXLine::reverse(std::size_t first, std::size_t last) {
 
 void VEXLine::close() {
   VEX_ASSERT(ownedGeom_ == STK_TRUE);
-  if (numCoords_ == 0 || isClosed()) return;
+  if (numCoords_ < 2 || isClosed()) return;
   append(xCoord_[0], yCoord_[0], hasZ_ ? zCoord_[0] : kNoZ);
+}
+
+void VEXLine::closeParts() {
+  VEX_ASSERT(ownedGeom_ == STK_TRUE);
+  VEXLine closed = hasZ_ ? VEXLine({}, {}, {}, VEX_GEOM_POLYGON) : VEXLine({}, {}, VEX_GEOM_POLYGON);
+  VEXLinePart part;
+  for (std::size_t at = 0; at < numCoords_; at = part.next) {
+    findBreak(at, part);
+    VEXLine ring = view(VEXLineRange{at, part.last + 1 - at, VEX_GEOM_POLYGON}).clone();
+    ring.close();
+    for (std::size_t i = 0; i < ring.numCoords_; ++i) closed.append(ring.xCoord_[i], ring.yCoord_[i], ring.point(i).z);
+  }
+  *this = std::move(closed);
 }
 
 void VEXLine::append(double x, double y, double z) {
@@ -228,37 +276,56 @@ void VEXLine::append(double x, double y, double z) {
 
 // ---- rings and holes ----
 
-namespace {
-
-// How many other rings hold the first vertex of ring i.
-std::size_t depthOf(const VEXLine& line, const std::vector<VEXLineRange>& rings, std::size_t i) {
-  std::size_t depth = 0;
-  for (std::size_t j = 0; j < rings.size(); ++j) {
-    if (j == i) continue;
-    VEXOrdinates xs = line.xs().subspan(rings[j].first, rings[j].count);
-    VEXOrdinates ys = line.ys().subspan(rings[j].first, rings[j].count);
-    if (isPointInRing(xs, ys, line.xs()[rings[i].first], line.ys()[rings[i].first])) ++depth;
-  }
-  return depth;
+VEXStatus VEXLine::reverseParts() {
+  VEX_ASSERT(ownedGeom_ == STK_TRUE);
+  return extendStatus(forEachLeaf([&](const VEXLineRange& range) {
+    const std::size_t end = range.first + range.count;
+    if (isAreaCode(range.code)) {
+      VEXLineRange ring;
+      for (std::size_t start = range.first; start < end; start += ring.count) {
+        ring = ringAt(start, end);
+        reverse(start, start + ring.count - 1);
+      }
+      return;
+    }
+    if (range.code == VEX_GEOM_UNDEFINED || range.code == VEX_GEOM_MULTI_POINT) {
+      if (range.count > 0) reverse(range.first, end - 1);
+      return;
+    }
+    const VEXLine run = view(range);
+    VEXLinePart part;
+    for (std::size_t at = 0; at < range.count; at = part.next) {
+      run.partAt(at, part);
+      const std::size_t last = range.first + part.last;
+      const bool hasBreak = part.next > part.last + 1 && part.kind != VEX_GEOM_POINT;
+      reverse(range.first + at, last);
+      if (!hasBreak) continue;
+      ownedX_[last + 1] = ownedX_[last];  // the break behind a part stands on its last coordinate
+      ownedY_[last + 1] = ownedY_[last];
+      if (hasZ_) ownedZ_[last + 1] = ownedZ_[last];
+    }
+  }));
 }
 
-}  // namespace
-
 VEXStatus VEXLine::orientRings(bool counterClockwise) {
-  return extendStatus(workOnParts([counterClockwise](VEXLine& line) -> VEXStatus {
+  VEX_ASSERT(ownedGeom_ == STK_TRUE);
+  bool hasRing = false;
+  VEX_TRY(forEachLeaf([&](const VEXLineRange& range) {
+    if (!isAreaCode(range.code) || range.count < 3) return;
+    hasRing = true;
+    const VEXLine area = view(range);
     std::vector<VEXLineRange> found;
-    line.rings(found);
-    if (found.empty() || line.numCoords_ < 3) return makeStatus(244010);
+    std::vector<bool> isHole;
+    area.rings(found);
+    area.findHoles(found, isHole);
     for (std::size_t i = 0; i < found.size(); ++i) {
-      bool isHole = line.geomType_ == VEX_GEOM_DONUT ? i > 0 : found.size() > 1 && depthOf(line, found, i) % 2 == 1;
-      VEXOrdinates xs = line.xs().subspan(found[i].first, found[i].count);
-      VEXOrdinates ys = line.ys().subspan(found[i].first, found[i].count);
-      if (isRingClockwise(xs, ys) == (counterClockwise != isHole))
-        line.reverse(found[i].first, found[i].first + found[i].count - 1);
+      VEXOrdinates xs = area.xs().subspan(found[i].first, found[i].count);
+      VEXOrdinates ys = area.ys().subspan(found[i].first, found[i].count);
+      const std::size_t first = range.first + found[i].first;
+      if (isRingClockwise(xs, ys) == (counterClockwise != isHole[i])) reverse(first, first + found[i].count - 1);
     }
-    line.boundingBox_.reset();
-    return nullptr;
   }));
+  return hasRing ? nullptr : makeStatus(244010);
 }
 
 VEXStatus VEXLine::addHole(const VEXLine& hole) {
@@ -279,7 +346,10 @@ VEXStatus VEXLine::collapseToCentre() {
   VEX_ASSERT(ownedGeom_ == STK_TRUE);
   VEXBox box;
   VEX_TRY(boundingCube(box));
-  if (box.isEmpty()) return nullptr;
+  if (box.isEmpty()) {  // no coordinate is a number, or there is none
+    keepFirst(geomType_ == VEX_GEOM_AGGREGATE ? 0 : std::min<std::size_t>(numCoords_, 1));
+    return nullptr;
+  }
   ownedX_.assign(1, (box.minX + box.maxX) / 2.0);
   ownedY_.assign(1, (box.minY + box.maxY) / 2.0);
   if (hasZ_) ownedZ_.assign(1, (box.minZ + box.maxZ) / 2.0);
@@ -308,8 +378,8 @@ VEXStatus VEXLine::convertToMulti() {
   VEX_TRY(leaves(ranges));
   VEXLine multi = hasZ_ ? VEXLine({}, {}, {}, VEX_GEOM_MULTI) : VEXLine({}, {}, VEX_GEOM_MULTI);
   for (const VEXLineRange& range : ranges) {
-    bool isArea = range.code == VEX_GEOM_POLYGON || range.code == VEX_GEOM_DONUT || range.code == VEX_GEOM_MULTI_POLY;
-    bool isLineOrPoint = range.code == VEX_GEOM_POINT || range.code == VEX_GEOM_LINE;
+    const bool isArea = isAreaCode(range.code);
+    const bool isLineOrPoint = range.code == VEX_GEOM_POINT || range.code == VEX_GEOM_LINE;
     if (!isArea && !isLineOrPoint) return makeStatus(244009, {VEXFeature::geomTypeName(range.code)});
     const VEXLine part = view(range);
     for (std::size_t i = 0; i < part.numCoords_; ++i) {
@@ -333,123 +403,9 @@ void VEXLine::splitAtRepeated(std::vector<VEXLine>& parts) const {
   for (std::size_t start = 0; start + 1 < numCoords_;) {
     std::size_t end = start + 1;
     while (end < numCoords_ && (xCoord_[end] != xCoord_[start] || yCoord_[end] != yCoord_[start])) ++end;
-    if (end >= numCoords_) end = numCoords_ - 1;
-    parts.push_back(
-        view(VEXLineRange{start, end + 1 - start, end - start >= 3 ? VEX_GEOM_POLYGON : VEX_GEOM_UNDEFINED}));
+    const bool isRing = end < numCoords_ && end - start >= 3;
+    end = std::min(end, numCoords_ - 1);
+    parts.push_back(view(VEXLineRange{start, end + 1 - start, isRing ? VEX_GEOM_POLYGON : VEX_GEOM_UNDEFINED}));
     start = end + 1;
   }
-}
-
-// ---- thinning ----
-
-// Marks the vertices between two kept ones that the tolerance does not allow to drop. Worked off a list of spans:
-// the depth of a recursion would be in the hands of the data.
-void VEXLine::thinRun(std::size_t first, std::size_t last, double tolerance, std::vector<bool>& kept) const {
-  std::vector<std::pair<std::size_t, std::size_t>> spans = {{first, last}};
-  while (!spans.empty()) {
-    auto [from, to] = spans.back();
-    spans.pop_back();
-    kept[from] = kept[to] = true;
-    const bool isClosedChord = xCoord_[from] == xCoord_[to] && yCoord_[from] == yCoord_[to];
-    double farthest = -1.0;
-    std::size_t at = from;
-    const double dx = xCoord_[to] - xCoord_[from];
-    const double dy = yCoord_[to] - yCoord_[from];
-    const double chord = std::hypot(dx, dy);
-    for (std::size_t i = from + 1; i < to; ++i) {
-      double px = xCoord_[i] - xCoord_[from];
-      double py = yCoord_[i] - yCoord_[from];
-      double distance = isClosedChord ? std::hypot(px, py) : std::fabs(dx * py - dy * px) / chord;
-      if (distance > farthest) {
-        farthest = distance;
-        at = i;
-      }
-    }
-    if (farthest < 0.0 || farthest < tolerance) continue;
-    spans.emplace_back(at, to);
-    spans.emplace_back(from, at);
-  }
-}
-
-VEXStatus VEXLine::simplifyDouglas(double tolerance) {
-  return extendStatus(workOnParts([tolerance](VEXLine& line) -> VEXStatus {
-    std::vector<bool> kept(line.numCoords_, false);
-    VEXLinePart part;
-    for (std::size_t at = 0; at < line.numCoords_; at = part.next) {
-      if (line.geomType_ == VEX_GEOM_LINE)
-        line.findBreak(at, part);
-      else
-        VEX_TRY(line.findPart(at, part));
-      std::fill(kept.begin() + static_cast<std::ptrdiff_t>(part.last),
-                kept.begin() + static_cast<std::ptrdiff_t>(part.next), true);
-      if (part.kind == VEX_GEOM_POINT) {
-        kept[at] = true;
-        continue;
-      }
-      line.thinRun(at, part.last, tolerance, kept);
-      // A ring keeps two more vertices than its ends: those that stand out farthest.
-      auto numKept = [&] {
-        return std::count(kept.begin() + static_cast<std::ptrdiff_t>(at),
-                          kept.begin() + static_cast<std::ptrdiff_t>(part.last) + 1, true);
-      };
-      while (part.kind == VEX_GEOM_POLYGON && numKept() < 4) {
-        std::size_t other = at;
-        for (std::size_t i = at + 1; i < part.last; ++i)
-          if (kept[i]) other = i;
-        double farthest = -1.0;
-        std::size_t chosen = at + 1;
-        for (std::size_t i = at + 1; i < part.last; ++i) {
-          double distance = distanceToSegment(line.xCoord_[i], line.yCoord_[i], line.xCoord_[at], line.yCoord_[at],
-                                              line.xCoord_[other], line.yCoord_[other]);
-          if (!kept[i] && distance > farthest) {
-            farthest = distance;
-            chosen = i;
-          }
-        }
-        if (kept[chosen]) break;
-        kept[chosen] = true;
-      }
-    }
-    line.keepOnly(kept);
-    return nullptr;
-  }));
-}
-
-void VEXLine::chop(std::size_t n, std::vector<VEXLine>& pieces) const {
-  VEX_ASSERT(n > 0);
-  if (n == 1) {
-    for (std::size_t i = 0; i < numCoords_; ++i) pieces.push_back(view(VEXLineRange{i, 1, VEX_GEOM_POINT}));
-    return;
-  }
-  for (std::size_t start = 0; start + 1 < numCoords_; start += n - 1)
-    pieces.push_back(view(VEXLineRange{start, std::min(n, numCoords_ - start), VEX_GEOM_LINE}));
-}
-
-VEXStatus VEXLine::arcThrough(VEXPoint& centre, double& radius, double& startDegrees, double& sweepDegrees) const {
-  if (numCoords_ != 3) return makeStatus(244018, {std::to_string(numCoords_)});
-  // Bisectors meet where the circle's centre is; taken relative to the first point.
-  const double ax = xCoord_[1] - xCoord_[0];
-  const double ay = yCoord_[1] - yCoord_[0];
-  const double bx = xCoord_[2] - xCoord_[0];
-  const double by = yCoord_[2] - yCoord_[0];
-  const double det = 2.0 * (ax * by - ay * bx);
-  if (det == 0.0 || !std::isfinite(det)) return makeStatus(244019);
-  const double a2 = ax * ax + ay * ay;
-  const double b2 = bx * bx + by * by;
-  const double cx = (by * a2 - ay * b2) / det;
-  const double cy = (ax * b2 - bx * a2) / det;
-  centre = VEXPoint{xCoord_[0] + cx, yCoord_[0] + cy, hasZ_ ? zCoord_[0] : kNoZ};
-  radius = std::hypot(cx, cy);
-  auto direction = [&](std::size_t i) {
-    double degrees = std::atan2(yCoord_[i] - centre.y, xCoord_[i] - centre.x) * 180.0 / kPi;
-    return degrees < 0.0 ? degrees + 360.0 : degrees;
-  };
-  auto turnFromStart = [&](double degrees) {
-    double turn = degrees - startDegrees;
-    return turn < 0.0 ? turn + 360.0 : turn;
-  };
-  startDegrees = direction(0);
-  sweepDegrees = turnFromStart(direction(2));
-  if (turnFromStart(direction(1)) > sweepDegrees) sweepDegrees -= 360.0;
-  return nullptr;
 }

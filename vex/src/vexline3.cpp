@@ -6,24 +6,36 @@
 
 namespace {
 
+constexpr std::uint32_t kCannotContain = 244002;
+constexpr std::uint32_t kCannotTell = 244003;
+
 bool sameAt(const VEXLine& a, std::size_t i, const VEXLine& b, std::size_t j, bool compareZ) {
   return a.xs()[i] == b.xs()[j] && a.ys()[i] == b.ys()[j] && (!compareZ || a.zs()[i] == b.zs()[j]);
+}
+
+// True when the cyclic sequence of n elements b holds the sequence a of n; in linear time, whatever repeats.
+template <class SameInA, class SameInB>
+bool occursIn(std::size_t n, SameInA&& sameInA, SameInB&& sameInB) {
+  std::vector<std::size_t> fallBack(n, 0);
+  for (std::size_t i = 1, k = 0; i < n; ++i) {
+    while (k > 0 && !sameInA(i, k)) k = fallBack[k - 1];
+    if (sameInA(i, k)) ++k;
+    fallBack[i] = k;
+  }
+  for (std::size_t i = 0, k = 0; i < 2 * n; ++i) {
+    while (k > 0 && !sameInB(k, i % n)) k = fallBack[k - 1];
+    if (sameInB(k, i % n)) ++k;
+    if (k == n) return true;
+  }
+  return false;
 }
 
 // Both closed, of one count: b begins anywhere and runs either way.
 bool sameRing(const VEXLine& a, const VEXLine& b, bool compareZ) {
   const std::size_t n = a.numCoords() - 1;
-  for (std::size_t shift = 0; shift < n; ++shift) {
-    if (!sameAt(a, 0, b, shift, compareZ)) continue;
-    bool forward = true;
-    bool backward = true;
-    for (std::size_t i = 1; i < n && (forward || backward); ++i) {
-      forward = forward && sameAt(a, i, b, (shift + i) % n, compareZ);
-      backward = backward && sameAt(a, i, b, (shift + n - i) % n, compareZ);
-    }
-    if (forward || backward) return true;
-  }
-  return false;
+  auto inA = [&](std::size_t i, std::size_t j) { return sameAt(a, i, a, j, compareZ); };
+  return occursIn(n, inA, [&](std::size_t i, std::size_t j) { return sameAt(a, i, b, j, compareZ); }) ||
+         occursIn(n, inA, [&](std::size_t i, std::size_t j) { return sameAt(a, i, b, n - 1 - j, compareZ); });
 }
 
 }  // namespace
@@ -83,10 +95,6 @@ std::size_t VEXLine::comparePrefix(const VEXLine& other, int dimensions, double 
 
 namespace {
 
-bool isAreaType(std::uint32_t code) {
-  return code == VEX_GEOM_POLYGON || code == VEX_GEOM_DONUT || code == VEX_GEOM_MULTI_POLY;
-}
-
 bool ringHolds(const VEXLine& line, const VEXLineRange& ring, double x, double y) {
   return isPointInRing(line.xs().subspan(ring.first, ring.count), line.ys().subspan(ring.first, ring.count), x, y);
 }
@@ -103,14 +111,32 @@ bool edgesCross(const VEXLine& line, const VEXLineRange& ring, const VEXLine& in
                     inner.ys().subspan(innerRing.first, innerRing.count));
 }
 
-// No hole of ours is crossed by the ring, holds it, or (unless the ring is a hole itself) lies in it.
-bool isOutsideHoles(const VEXLine& line, const std::vector<VEXLineRange>& rings, const VEXLine& inner,
-                    const VEXLineRange& innerRing, bool isHole) {
-  for (std::size_t hole = 1; hole < rings.size(); ++hole) {
-    if (edgesCross(line, rings[hole], inner, innerRing) || ringHolds(line, rings[hole], inner, innerRing)) return false;
-    if (!isHole && ringHolds(inner, innerRing, line, rings[hole])) return false;
+// An area's shells and holes.
+struct Rings {
+  Rings(const VEXLine& of, bool withHoles) : line(of) {
+    std::vector<VEXLineRange> all;
+    std::vector<bool> isHole;
+    of.rings(all);
+    of.findHoles(all, isHole);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      if (!isHole[i] || !withHoles)
+        shells.push_back(all[i]);
+      else
+        holes.push_back(all[i]);
+    }
   }
-  return true;
+  const VEXLine& line;
+  std::vector<VEXLineRange> shells;
+  std::vector<VEXLineRange> holes;
+};
+
+// A hole of ours leaves the other alone when it lies in a hole of theirs, or when it neither crosses nor holds nor
+// lies in the shell.
+bool sparesShell(const Rings& ours, const VEXLineRange& hole, const Rings& theirs, const VEXLineRange& shell) {
+  for (const VEXLineRange& theirHole : theirs.holes)
+    if (ringHolds(theirs.line, theirHole, ours.line, hole)) return true;
+  return !edgesCross(ours.line, hole, theirs.line, shell) && !ringHolds(ours.line, hole, theirs.line, shell) &&
+         !ringHolds(theirs.line, shell, ours.line, hole);
 }
 
 }  // namespace
@@ -127,7 +153,7 @@ VEXStatus VEXLine::containsPoint(double x, double y, bool& contained) const {
       VEX_TRY(view(ranges[i]).containsPoint(x, y, contained));
     return nullptr;
   }
-  if (geomType_ != VEX_GEOM_POLYGON && geomType_ != VEX_GEOM_DONUT && geomType_ != VEX_GEOM_MULTI_POLY) return nullptr;
+  if (!isAreaCode(geomType_)) return nullptr;
   rings(ranges);
   if (geomType_ == VEX_GEOM_MULTI_POLY) {
     for (const VEXLineRange& ring : ranges) contained = contained || ringHolds(*this, ring, x, y);
@@ -154,33 +180,30 @@ VEXStatus VEXLine::containsLine(const VEXLine& other, bool& contained) const {
     std::vector<VEXLineRange> parts;
     VEX_TRY(leaves(parts));
     for (const VEXLineRange& part : parts)
-      if (isAreaType(part.code) && !contained) VEX_TRY(view(part).containsLine(other, contained));
+      if (isAreaCode(part.code) && !contained) VEX_TRY(view(part).containsLine(other, contained));
     return nullptr;
   }
   const char* ourName = VEXFeature::geomTypeName(geomType_);
   const char* theirName = VEXFeature::geomTypeName(other.geomType_);
-  if (!isAreaType(geomType_)) return makeStatus(244002, {ourName, theirName});
+  if (!isAreaCode(geomType_)) return makeStatus(kCannotContain, {ourName, theirName});
   if (other.geomType_ == VEX_GEOM_POINT && other.numCoords_ > 0)
     return extendStatus(containsPoint(other.xCoord_[0], other.yCoord_[0], contained));
-  if (!isAreaType(other.geomType_)) return makeStatus(244003, {ourName, theirName});
+  if (!isAreaCode(other.geomType_))
+    return makeStatus(geomType_ == VEX_GEOM_POLYGON ? kCannotTell : kCannotContain, {ourName, theirName});
   // A larger line is inside for sure when its box is.
   if (other.numCoords_ > 5) {
     VEX_TRY(containsLine(fromBox(otherBox), contained));
     if (contained) return nullptr;
   }
-  std::vector<VEXLineRange> ours;
-  std::vector<VEXLineRange> theirs;
-  rings(ours);
-  other.rings(theirs);
-  if (other.geomType_ == VEX_GEOM_DONUT && geomType_ == VEX_GEOM_POLYGON)
-    theirs.resize(std::min<std::size_t>(theirs.size(), 1));
-  contained = !theirs.empty() && !ours.empty();
-  for (std::size_t i = 0; i < theirs.size() && contained; ++i) {
-    if (geomType_ == VEX_GEOM_MULTI_POLY)
-      contained = std::any_of(ours.begin(), ours.end(),
-                              [&](const VEXLineRange& ring) { return ringHolds(*this, ring, other, theirs[i]); });
-    else
-      contained = ringHolds(*this, ours[0], other, theirs[i]) && isOutsideHoles(*this, ours, other, theirs[i], i > 0);
+  const Rings ours(*this, geomType_ != VEX_GEOM_MULTI_POLY);
+  const Rings theirs(other, other.geomType_ != VEX_GEOM_MULTI_POLY);
+  contained = !theirs.shells.empty();
+  for (const VEXLineRange& shell : theirs.shells) {
+    contained = contained &&
+                std::any_of(ours.shells.begin(), ours.shells.end(),
+                            [&](const VEXLineRange& our) { return ringHolds(*this, our, other, shell); }) &&
+                std::all_of(ours.holes.begin(), ours.holes.end(),
+                            [&](const VEXLineRange& hole) { return sparesShell(ours, hole, theirs, shell); });
   }
   return nullptr;
 }
@@ -264,29 +287,34 @@ bool VEXLine::insideByAxes(const VEXBox& box, VEXPoint& point) const {
 VEXStatus VEXLine::insideByScan(VEXPoint& point) const {
   VEXBox box;
   VEX_TRY(boundingBox(box));
-  // An interval of x near the middle that holds no vertex strictly inside.
-  double low = box.minX;
-  double high = box.maxX;
-  const double middle = (low + high) / 2.0;
-  for (double x : xs()) {
-    if (x <= middle && x > low) low = x;
-    if (x > middle && x < high) high = x;
+  const double middle = (box.minX + box.maxX) / 2.0;
+  std::vector<VEXLineRange> found;
+  rings(found);
+  // The vertex nearest to the middle and the neighbour farther from it in x; what stands upright has no width.
+  double low = 0.0;
+  double high = 0.0;
+  double nearest = INFINITY;
+  for (const VEXLineRange& ring : found) {
+    for (std::size_t i = 0; i < ring.count; ++i) {
+      const double x = xCoord_[ring.first + i];
+      const double before = xCoord_[ring.first + (i > 0 ? i - 1 : ring.count > 1 ? ring.count - 2 : 0)];
+      const double after = xCoord_[ring.first + (i + 1 < ring.count ? i + 1 : ring.count > 1 ? 1 : 0)];
+      const double neighbour = std::fabs(after - x) >= std::fabs(before - x) ? after : before;
+      if (!(std::fabs(x - middle) < nearest) || neighbour == x) continue;
+      nearest = std::fabs(x - middle);
+      low = std::min(x, neighbour);
+      high = std::max(x, neighbour);
+    }
   }
-  if (!(low < high)) return makeStatus(244020);
-  // Of the gaps on either side of the nearest vertex the wider one serves better.
-  double below = box.minX;
-  for (double x : xs())
-    if (x < low && x > below) below = x;
-  if (low - below > 2.0 * (high - low)) {
-    high = low;
-    low = below;
+  // No vertex stays strictly inside: each takes the place of the end that it is nearer to.
+  for (double x : xs()) {
+    if (!(x > low && x < high)) continue;
+    (x - low < high - x ? low : high) = x;
   }
   const double m = (low + high) / 2.0;
   if (!(m > low && m < high)) return makeStatus(244020);
   double first = INFINITY;
   double second = INFINITY;
-  std::vector<VEXLineRange> found;
-  rings(found);
   for (const VEXLineRange& ring : found) {
     for (std::size_t i = ring.first; i + 1 < ring.first + ring.count; ++i) {
       double x1 = xCoord_[i], y1 = yCoord_[i], x2 = xCoord_[i + 1], y2 = yCoord_[i + 1];

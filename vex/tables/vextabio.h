@@ -64,7 +64,7 @@ class VEXTableOutput {
   // One value for each column, in their order. An empty value is no value.
   virtual VEXStatus writeRow(VEXTableRow fields) = 0;
   // Drops the file, when it is open and not finished.
-  void abort();
+  virtual void abort();
 
   const std::string& path() const { return path_; }
   // The columns in the order of writeRow; directives are not among them.

@@ -106,28 +106,26 @@ TEST(Entry, WrongCommandLines) {
     std::vector<std::string> arguments;
     std::string message;
   };
-  for (const Row& row : {
-           Row{{"PARAMETER_FILE"}, usage()},
-           Row{{"parameter_file", "a", "b"}, usage()},
-           Row{{"COMMAND_FILE"}, usage()},
-           Row{{"CREATE_SOCKET"}, usage()},
-           Row{{"CREATE_SOCKET", "1", "2", "3"}, usage()},
-           Row{{"REGISTER_SOCKET", "1"}, usage()},
-           Row{{"REGISTER_SOCKET", "1", "2", "3", "4"}, usage()},
-           Row{{"GENERATE", "A", "B", "c"}, usage()},
-           Row{{"GENERATE", "A", "B", "c", "d", "-e"}, usage()},
-           Row{{"REDIRECT_STDOUT", "COMMAND_FILE"}, usage()},
-           Row{{"PARAMETER_FILE", empty}, usage()},
-           Row{{"Create_Socket", "1"}, formatMessage(875004, {"CREATE_SOCKET"})},
-           Row{{"REGISTER_SOCKET", "1", "2", "3"}, formatMessage(875004, {"REGISTER_SOCKET"})},
-           Row{{"-generate", "A", "B", "c", "d"}, formatMessage(875004, {"GENERATE"})},
-           Row{{"CFGENERATE", "A", "B", "c", "d", "-e", "f"}, formatMessage(875004, {"CFGENERATE"})},
-           Row{{"PARAMETER_FILE", gone}, formatMessage(261002, {gone})},
-           Row{{"COMMAND_FILE", gone}, formatMessage(261002, {gone})},
-           Row{{"COMMAND_FILE", bad}, formatMessage(261009, {"a \"", bad, "1"})},
-           Row{{"PARAMETER_FILE", self}, formatMessage(875003, {self, "16"})},
-           Row{{gone}, formatMessage(261002, {gone})},
-       }) {
+  for (const Row& row : {Row{{"PARAMETER_FILE"}, usage()},
+                         Row{{"parameter_file", "a", "b"}, usage()},
+                         Row{{"COMMAND_FILE"}, usage()},
+                         Row{{"CREATE_SOCKET"}, usage()},
+                         Row{{"CREATE_SOCKET", "1", "2", "3"}, usage()},
+                         Row{{"REGISTER_SOCKET", "1"}, usage()},
+                         Row{{"REGISTER_SOCKET", "1", "2", "3", "4"}, usage()},
+                         Row{{"GENERATE", "A", "B", "c"}, usage()},
+                         Row{{"GENERATE", "A", "B", "c", "d", "-e"}, usage()},
+                         Row{{"REDIRECT_STDOUT", "COMMAND_FILE"}, usage()},
+                         Row{{"PARAMETER_FILE", empty}, usage()},
+                         Row{{"Create_Socket", "1"}, formatMessage(875004, {"CREATE_SOCKET"})},
+                         Row{{"REGISTER_SOCKET", "1", "2", "3"}, formatMessage(875004, {"REGISTER_SOCKET"})},
+                         Row{{"-generate", "A", "B", "c", "d"}, formatMessage(875004, {"GENERATE"})},
+                         Row{{"CFGENERATE", "A", "B", "c", "d", "-e", "f"}, formatMessage(875004, {"CFGENERATE"})},
+                         Row{{"PARAMETER_FILE", gone}, formatMessage(261002, {gone})},
+                         Row{{"COMMAND_FILE", gone}, formatMessage(261002, {gone})},
+                         Row{{"COMMAND_FILE", bad}, formatMessage(261009, {"a \"", bad, "1"})},
+                         Row{{"PARAMETER_FILE", self}, formatMessage(875003, {self, "16"})},
+                         Row{{gone}, formatMessage(261002, {gone})}}) {
     std::string what = testing::PrintToString(row.arguments);
     Outcome outcome = run(row.arguments);
     EXPECT_EQ(outcome.code, -1) << what;

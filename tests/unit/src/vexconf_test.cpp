@@ -57,20 +57,13 @@ struct Case {
 
 TEST(Configuration, CommandLineOutranksTheFile) {
   EngineScope engine;
-  for (const Case& c : {
-           Case{"", {}, ""},
-           Case{"A 1\nB 2\n", {"-A", "x"}, "B 2;A x;"},
-           Case{"A 1\nA 2\n", {"A", "x"}, "A x;"},
-           Case{"A 1\n", {"+A", "x"}, "A 1;A x;"},
-           Case{"A 1\n", {"-+A", "x", "+A", "y"}, "A x;A y;"},
-           Case{"A 1\n", {"-A", "x y", "-A", ""}, "A \"\";"},
-           Case{"", {"-A", "1", "--M", "2"}, "A 1;"},
-           Case{"MACRO X 1\nDEFAULT_MACRO X 2\nA $(X)", {"--X", "3"}, "A 1;"},
-           Case{"DEFAULT_MACRO X 2\nA $(X)", {"--X", "3"}, "A 3;"},
-           Case{"A $(X)", {"---X", "1 2"}, "A 1 2;"},
-           Case{"A $(X)", {"-X", "3"}, "#261013"},
-           Case{"A 1\nB \"\n", {"-A", "x"}, "A 1;#261009"},
-       })
+  for (const Case& c :
+       {Case{"", {}, ""}, Case{"A 1\nB 2\n", {"-A", "x"}, "B 2;A x;"}, Case{"A 1\nA 2\n", {"A", "x"}, "A x;"},
+        Case{"A 1\n", {"+A", "x"}, "A 1;A x;"}, Case{"A 1\n", {"-+A", "x", "+A", "y"}, "A x;A y;"},
+        Case{"A 1\n", {"-A", "x y", "-A", ""}, "A \"\";"}, Case{"", {"-A", "1", "--M", "2"}, "A 1;"},
+        Case{"MACRO X 1\nDEFAULT_MACRO X 2\nA $(X)", {"--X", "3"}, "A 1;"},
+        Case{"DEFAULT_MACRO X 2\nA $(X)", {"--X", "3"}, "A 3;"}, Case{"A $(X)", {"---X", "1 2"}, "A 1 2;"},
+        Case{"A $(X)", {"-X", "3"}, "#261013"}, Case{"A 1\nB \"\n", {"-A", "x"}, "A 1;#261009"}})
     EXPECT_EQ(load(c.text, c.arguments), c.rows) << c.text;
   std::vector<const char*> odd = {"-A", "1", "b"};
   EXPECT_NE(
@@ -87,17 +80,15 @@ TEST(Configuration, ComputesTokens) {
   VEXCommandRegistry& registry = VEXCommandRegistry::instance();
   registry.registerCommand(std::make_unique<FixedCommand>("$[@Again()]", false), "Again");
   registry.registerCommand(std::make_unique<FixedCommand>("gone", true), "Gone");
-  for (const Case& c : {
-           Case{"A $[@Concatenate(a,b)]c$[@Concatenate(1)] $[x", {}, "A abc1 $[x;"},
-           Case{"MACRO M q\nA $[@Concatenate($(M),b)]", {}, "A qb;"},
-           Case{"$[@Concatenate(A,B)] 1\nAB 2\n", {}, "AB 1;AB 2;"},
-           Case{"A $[@Concatenate(1)]\nB 2", {"-A", "$[@Not(1)]"}, "B 2;A $[@Not(1)];"},
-           Case{"A $[@SupplyAttributes(x,1)]$[@Concatenate(&x)]", {}, "A 1;"},
-           Case{"A $[@NoSuchFunction()]", {}, "A $[@NoSuchFunction()];#209002"},
-           Case{"A $[@Concatenate($,[)]@Concatenate(x)]", {}, "A x;"},
-           Case{"A $[@Again()]", {}, "A $[@Again()];#236007"},
-           Case{"A $[@Gone()]\nB $[@Concatenate(1)]", {}, "A gone;B $[@Concatenate(1)];#236002"},
-       })
+  for (const Case& c :
+       {Case{"A $[@Concatenate(a,b)]c$[@Concatenate(1)] $[x", {}, "A abc1 $[x;"},
+        Case{"MACRO M q\nA $[@Concatenate($(M),b)]", {}, "A qb;"},
+        Case{"$[@Concatenate(A,B)] 1\nAB 2\n", {}, "AB 1;AB 2;"},
+        Case{"A $[@Concatenate(1)]\nB 2", {"-A", "$[@Not(1)]"}, "B 2;A $[@Not(1)];"},
+        Case{"A $[@SupplyAttributes(x,1)]$[@Concatenate(&x)]", {}, "A 1;"},
+        Case{"A $[@NoSuchFunction()]", {}, "A $[@NoSuchFunction()];#209002"},
+        Case{"A $[@Concatenate($,[)]@Concatenate(x)]", {}, "A x;"}, Case{"A $[@Again()]", {}, "A $[@Again()];#236007"},
+        Case{"A $[@Gone()]\nB $[@Concatenate(1)]", {}, "A gone;B $[@Concatenate(1)];#236002"}})
     EXPECT_EQ(load(c.text, c.arguments), c.rows) << c.text;
   ASSERT_EQ(load("$[@Concatenate(A,B)] 1\nAB 2\n"), "AB 1;AB 2;");
   VEXStringVector list;

@@ -1,6 +1,8 @@
 // Lines: parts, measures, comparing, transforming; and geometry that comes broken from outside.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "tests/unit/support.h"
@@ -48,6 +50,8 @@ TEST(Line, PartsAndMeasures) {
            Row{"polygon 0 0, 1 1, 0 0", "2", 0, 2 * std::sqrt(2.0)},
            Row{"point 1 2", "1", 0, 0},
            Row{"aggregate 2 2, 0 0, 3 4, 512 6, 4 5, 0 0, 2 0, 2 2, 0 2, 0 0", "2 512", 4, 13},
+           Row{"donut 0 0, 0 0, 4 0, 4 4, 0 0, 1 0, 2 0, 2 1, 1 0", "1 2", 7.5,
+               10 + std::sqrt(2.0) + std::sqrt(32.0)},
            Row{"line", "", 0, 0},
        }) {
     VEXLine line = lineOf(row.geometry);
@@ -74,11 +78,13 @@ TEST(Line, AggregatesThatLieFailAndAreLeftAlone) {
     double value = 0;
     std::vector<VEXLine> parts;
     bool contained = false;
+    std::array<std::uint32_t, 4> key;
     for (std::uint32_t number :
          {numberOf(line.boundingBox(box)), numberOf(line.area(value)), numberOf(line.length2D(value)),
           numberOf(line.offset(1, 1, 0)), numberOf(line.removeDuplicates()), numberOf(line.convertToMulti()),
           numberOf(line.simplifyDouglas(1)), numberOf(line.containsPoint(0, 0, contained)),
-          numberOf(line.orientRings(true))})
+          numberOf(line.orientRings(true)), numberOf(line.addVerticesByCount(1)), numberOf(line.roundAxis(0, 1)),
+          numberOf(line.reverseParts()), numberOf(line.collapseToCentre()), numberOf(line.gridKey(key))})
       EXPECT_EQ(number, 244023U) << geometry;
     EXPECT_EQ(textOf(line), textOf(lineOf(geometry))) << geometry;
   }
@@ -88,6 +94,7 @@ TEST(Line, AggregatesThatLieFailAndAreLeftAlone) {
   VEXLine deep(std::move(x), std::move(y), VEX_GEOM_AGGREGATE);
   VEXBox box;
   EXPECT_EQ(numberOf(deep.boundingBox(box)), 244024U);
+  EXPECT_EQ(numberOf(deep.simplifyDouglas(1)), 244024U);
 }
 
 TEST(Line, PartListClassifiesAndDropsRepeatedPoints) {
@@ -143,6 +150,9 @@ TEST(Line, Transformations) {
            Row{"line 0 0, 5 1, 10 0", [](VEXLine& l) { return l.simplifyDouglas(1); }, "line 0 0, 5 1, 10 0"},
            Row{"line 0 0, 5 0.1, 9 0, 9 0, 1 1, 2 1.1, 3 1", [](VEXLine& l) { return l.simplifyDouglas(1); },
                "line 0 0, 9 0, 9 0, 1 1, 3 1"},
+           Row{"line 0 0, 5 5, 9 0, 0 0", [](VEXLine& l) { return l.simplifyDouglas(99); }, "line 0 0, 5 5, 9 0, 0 0"},
+           Row{"polygon 7 7", [](VEXLine& l) { return l.simplifyDouglas(1); }, "polygon 7 7"},
+           Row{"line 0 0, nan 1, 2 2, 9 0", [](VEXLine& l) { return l.simplifyDouglas(0.1); }, "line 0 0, 2 2, 9 0"},
            Row{"polygon 0 0, 5 -1, 10 0, 10 10, 0 10, 0 0", [](VEXLine& l) { return l.simplifyDouglas(99); },
                "polygon 0 0, 10 0, 10 10, 0 0"},
        }) {
@@ -165,6 +175,9 @@ TEST(Line, RefusesWhatItCannotDo) {
   EXPECT_EQ(numberOf(line.insidePoint(true, point)), 244001U);
   EXPECT_EQ(numberOf(line.containsLine(lineOf("point 0 0"), contained)), 244002U);
   EXPECT_EQ(numberOf(lineOf(kSquare).containsLine(line, contained)), 244003U);
+  EXPECT_EQ(numberOf(lineOf("donut 0 0, 9 0, 9 9, 0 0").containsLine(lineOf("line 5 1, 6 1"), contained)), 244002U);
+  EXPECT_EQ(numberOf(lineOf("polygon 0 5, 0 0, 10 0, 1 0, 10 5, 0 5").insidePoint(false, point)), 244021U);
+  EXPECT_EQ(numberOf(lineOf("polygon 0 0, 10 0, 10 5").insidePoint(false, point)), 244022U);
   EXPECT_EQ(numberOf(line.addHole(lineOf(kSquare))), 244012U);
   VEXLine square = lineOf(kSquare);
   EXPECT_EQ(numberOf(square.addHole(line)), 244013U);
@@ -176,6 +189,8 @@ TEST(Line, RefusesWhatItCannotDo) {
   EXPECT_EQ(numberOf(lineOf("aggregate 1 1, 0 0").findPart(0, part)), 244008U);
   VEXLine pip = lineOf("aggregate 256 1, 0 0");
   EXPECT_EQ(numberOf(pip.convertToMulti()), 244009U);
+  std::array<std::uint32_t, 4> key;
+  EXPECT_EQ(numberOf(empty.gridKey(key)), 244014U);
   EXPECT_EQ(numberOf(line.arcThrough(point, value, value, value)), 244018U);
   EXPECT_EQ(numberOf(lineOf("line 0 0, 1 1, 2 2").arcThrough(point, value, value, value)), 244019U);
 }
@@ -202,12 +217,85 @@ TEST(Line, EqualityAndContainment) {
            Row{kDonut, "polygon 3 3, 8 3, 8 3.5, 3 3.5, 3 3", false},
            Row{kSquare, "point 0 0", true},
            Row{kDonut, "point 3 3", false},
+           Row{kDonut, kDonut, true},
+           Row{kDonut, "donut 1 1, 5 1, 5 5, 1 5, 1 1, 1.5 1.5, 4.5 1.5, 4.5 4.5, 1.5 4.5, 1.5 1.5", true},
+           Row{kDonut, "donut 1 1, 5 1, 5 5, 1 5, 1 1, 3 3, 3.5 3, 3.5 3.5, 3 3", false},
+           Row{"polygon 0 0, 1 0, 1 1, 0 0, 5 5, 9 5, 9 9, 5 5", "polygon 7 6, 8 6, 8 7, 7 6",
+               true},  // its second shell
            Row{"aggregate 1 1, 0 0, 4 4, 0 0, 4 0, 4 4, 0 0", "point 3 1", true},
            Row{"128 0 0, 1 0, 1 1, 0 0, 5 5, 9 5, 9 9, 5 5", "polygon 7 6, 8 6, 8 7, 7 6", true},
        }) {
     bool contained = !row.contained;
     ASSERT_EQ(lineOf(row.outer).containsLine(lineOf(row.inner), contained), nullptr) << row.outer;
     EXPECT_EQ(contained, row.contained) << row.outer << " / " << row.inner;
+  }
+}
+
+// Rings that repeat one coordinate over and over are compared in linear time, and right.
+TEST(Line, EqualityOfRingsThatRepeat) {
+  const std::size_t n = 100000;
+  std::vector<double> x(n, 1.0), y(n, 1.0), x2, y2;
+  x[n - 2] = 2.0;
+  x2 = x;
+  std::rotate(x2.begin(), x2.begin() + 500, x2.end() - 1);
+  x2.back() = x2.front();
+  EXPECT_TRUE(VEXLine(x, y, VEX_GEOM_POLYGON).equals(VEXLine(x2, y, VEX_GEOM_POLYGON), false));
+  x2[70] = 3.0;
+  EXPECT_FALSE(VEXLine(x, y, VEX_GEOM_POLYGON).equals(VEXLine(x2, y, VEX_GEOM_POLYGON), false));
+}
+
+TEST(Line, MiddleLines) {
+  struct Row {
+    const char* geometry;
+    double tolerance, spacing;
+    const char* result;
+  };
+  for (const Row& row : {
+           Row{"polygon 0 0, 12 0, 12 2, 0 2, 0 0", 0.1, 1, "line 0 1, 12 1"},
+           Row{"polygon 0 0, 12 0, 12 2, 0 2, 0 0", 0, 6, "line 0 1, 6 1, 12 1"},
+           Row{"polygon 0 0, 10 0, 10 2, 0 2, 0 0, 0 20, 2 20, 2 30, 0 30, 0 20", 0.1, 1,
+               "line 0 1, 10 1, 10 1, 1 20, 1 30"},
+           Row{"polygon 0 0, 8 0, 0 0", 0, 4, "line 0 0, 4 0, 8 0"},  // no width
+           Row{"polygon 3 3", 1, 1, "0"},
+           Row{"polygon", 1, 1, "0"},
+           Row{"line 0 0, 1 1", 1, 1, "line 0 0, 1 1"},
+       }) {
+    VEXLine line = lineOf(row.geometry);
+    ASSERT_EQ(line.middleLine(row.tolerance, row.spacing), nullptr) << row.geometry;
+    if (line.geomType() == VEX_GEOM_UNDEFINED)
+      EXPECT_EQ(line.numCoords(), 0U) << row.geometry;
+    else
+      EXPECT_EQ(textOf(line), row.result) << row.geometry;
+  }
+  // Along a bent strip the line stays inside, and ends at its ends.
+  std::vector<double> x, y;
+  for (int i = 0; i <= 60; ++i) x.push_back(i), y.push_back(5 * std::sin(i / 10.0));
+  for (int i = 60; i >= 0; --i) x.push_back(i), y.push_back(3 + 5 * std::sin(i / 10.0));
+  x.push_back(x[0]), y.push_back(y[0]);
+  const VEXLine strip(x, y, VEX_GEOM_POLYGON);
+  VEXLine middle = strip.clone();
+  ASSERT_EQ(middle.middleLine(0.01, 0.5), nullptr);
+  ASSERT_GT(middle.numCoords(), 10U);
+  for (std::size_t i = 1; i + 1 < middle.numCoords(); ++i)
+    EXPECT_TRUE(isPointInRing(strip.xs(), strip.ys(), middle.xs()[i], middle.ys()[i])) << i;
+}
+
+TEST(Line, GridKeysPlaceTheGeometry) {
+  struct Row {
+    const char* geometry;
+    std::uint32_t high, low;
+  };
+  for (const Row& row :
+       {Row{"point 0 0", 0, 0}, Row{"point 0.0000001 0.0000002", 0, 0x6}, Row{"line 0 0, 0.0000003 0.0000006", 0, 0x6},
+        Row{"point -0.0000001 0", 0xAAAAAAAA, 0xAAAAAAAA}, Row{"aggregate 1 0, 2 2, 0 0.0065536, 0 0.0065536", 0x1, 0},
+        Row{"point nan 1e9", 0xC0000000, 0}}) {
+    std::array<std::uint32_t, 4> first{}, second{};
+    ASSERT_EQ(lineOf(row.geometry).gridKey(first), nullptr);
+    ASSERT_EQ(lineOf(row.geometry).gridKey(second), nullptr);
+    EXPECT_EQ(first[0], row.high) << row.geometry;
+    EXPECT_EQ(first[1], row.low) << row.geometry;
+    EXPECT_EQ((second[3] >> 16) - (first[3] >> 16), 1U);
+    EXPECT_EQ(first[3] & 0xFFU, 0U);
   }
 }
 

@@ -212,17 +212,14 @@ TEST(Messages, Files) {
     const char* text;
     const char* shown;  // a pattern
   };
-  for (const Row& row : {
-           Row{"/ 7, x\n\n7, a %0,%1 %2 %0\r\n", "<a p,q %2 p>"},
-           Row{"7,  b\n7,c", "<c>"},
-           Row{"7,", "<>"},
-           Row{"8, x", "<Message #7 is not present in the message file>"},
-           Row{"7 x\n", "<Line `7 x' does not have the separator character `,' in it>"},
-           Row{"7 , x\n", "<Line `7 , x' does not have a valid message number: `7 ' is not numeric>"},
-           Row{", x\n", "<Line `, x' does not have a valid message number: `' is not numeric>"},
-           Row{"99999999999, x\n", "`99999999999' is not numeric>"},
-           Row{nullptr, "<Unable to open file: .*messages.  Make sure the file exists and can be opened.>"},
-       })
+  for (const Row& row :
+       {Row{"/ 7, x\n\n7, a %0,%1 %2 %0\r\n", "<a p,q %2 p>"}, Row{"7,  b\n7,c", "<c>"}, Row{"7,", "<>"},
+        Row{"8, x", "<Message #7 is not present in the message file>"},
+        Row{"7 x\n", "<Line `7 x' does not have the separator character `,' in it>"},
+        Row{"7 , x\n", "<Line `7 , x' does not have a valid message number: `7 ' is not numeric>"},
+        Row{", x\n", "<Line `, x' does not have a valid message number: `' is not numeric>"},
+        Row{"99999999999, x\n", "`99999999999' is not numeric>"},
+        Row{nullptr, "<Unable to open file: .*messages.  Make sure the file exists and can be opened.>"}})
     EXPECT_EXIT(loadInFreshProcess(row.text), ::testing::ExitedWithCode(0), row.shown);
   EXPECT_EXIT(
       {

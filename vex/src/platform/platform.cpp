@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <fnmatch.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -105,6 +106,10 @@ bool listDirectory(const std::string& path, std::vector<std::string>& names) {
   closedir(directory);
   std::sort(names.begin(), names.end());
   return true;
+}
+
+bool matchesWildcard(const std::string& name, const std::string& pattern) {
+  return fnmatch(pattern.c_str(), name.c_str(), FNM_PERIOD | FNM_NOESCAPE) == 0;
 }
 
 int createExclusive(const std::string& path, int& error) {

@@ -22,6 +22,8 @@ bool changeDirectory(const std::string& path);
 std::string currentDirectory();
 // Names in a directory, without "." and "..", sorted byte by byte; false when it cannot be read.
 bool listDirectory(const std::string& path, std::vector<std::string>& names);
+// True when a file name fits a pattern of the shell: "*", "?", "[a-z]". A leading point has to stand in the pattern.
+bool matchesWildcard(const std::string& name, const std::string& pattern);
 // Creates a file that did not exist (never follows a link, readable by its owner only) and opens it for
 // reading and writing. -1 on failure, with errno of the system in `error`.
 int createExclusive(const std::string& path, int& error);
