@@ -30,9 +30,7 @@ class FuzzFile {
 // Made once, at the first input, and never taken down: what its end would log needs objects that are gone by then.
 class FuzzEngine {
  public:
-  static void start() {
-    [[maybe_unused]] static FuzzEngine* const engine = new FuzzEngine;
-  }
+  static void start() { [[maybe_unused]] static FuzzEngine* const engine = new FuzzEngine; }
 
  private:
   FuzzEngine() {
