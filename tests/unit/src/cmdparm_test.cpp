@@ -140,7 +140,9 @@ TEST_F(Call, CatalogueRefusesWrongCalls) {
     if (command == nullptr) continue;
     const VEXCommandRule& rule = command->rule();
     EXPECT_EQ(name, rule.name);
-    if (rule.onConfigure != 0) EXPECT_EQ(numberOf(command->configure({name})), rule.onConfigure) << name;
+    if (rule.onConfigure != 0) {
+      EXPECT_EQ(numberOf(command->configure({name})), rule.onConfigure) << name;
+    }
     std::size_t right = 99;
     for (std::size_t count = 0; count < 12; ++count) {
       VEXFeaturePtr feature = makeFeature("t {a=1} line 0 0, 1 1");
