@@ -14,8 +14,12 @@ namespace {
 
 constexpr std::size_t kMostStatements = 256;  // kept prepared for one connection
 
-constexpr VEXCommandRule kRule{
-    .name = "SQL", .count = atLeast(2), .onCount = 379001, .onNoFeature = 379005, .extract = VEXExtract::Forward};
+constexpr VEXCommandRule kRule{.name = "SQL",
+                               .count = atLeast(2),
+                               .onCount = 379001,
+                               .onNoFeature = 379005,
+                               .onConfigure = 379009,
+                               .extract = VEXExtract::Forward};
 
 class VEXSQLCmd final : public VEXRuleCommand {
  public:
@@ -50,7 +54,7 @@ class VEXSQLCmd final : public VEXRuleCommand {
   static bool setPart(VEXDatabasePlace& place, std::string_view keyword, const std::string& value) {
     struct Part {
       std::string_view name;
-      std::string VEXDatabasePlace::* member;
+      std::string VEXDatabasePlace::*member;
     };
     for (const Part& part :
          {Part{"SERVER_TYPE", &VEXDatabasePlace::serverType}, Part{"SERVER_NAME", &VEXDatabasePlace::serverName},
@@ -117,8 +121,7 @@ class VEXSQLCmd final : public VEXRuleCommand {
       const std::string& name = args.text(at % numWanted + 2);
       const std::size_t rowIndex = at / numWanted;
       if (!isList(name) && rowIndex > 0) continue;
-      const std::string full =
-          replacedAll(name, "{}", "{" + integerText(static_cast<std::int64_t>(rowIndex)) + "}");
+      const std::string full = replacedAll(name, "{}", "{" + integerText(static_cast<std::int64_t>(rowIndex)) + "}");
       if (taken_[at].has_value())
         feature.setAttribute(full, *taken_[at]);
       else

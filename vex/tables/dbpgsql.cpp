@@ -23,6 +23,7 @@ constexpr int kSingleTuple = 9;
 constexpr unsigned kBooleanType = 16;
 constexpr std::size_t kCopyBytes = std::size_t{1} << 20;
 constexpr const char* kConnectSeconds = "15";
+constexpr const char* kSessionOptions = "-c lock_timeout=30s";  // a lock that lasts longer is a failure
 
 struct PostgresLibrary {
   pg_conn* (*connectParams)(const char* const*, const char* const*, int) = nullptr;
@@ -119,9 +120,9 @@ class PostgresStatement final : public VEXDatabaseStatement {
   PostgresDatabase& database_;
   std::string name_;
   bool isStreamed_;
-  Result result_;       // null at the end
-  int nextTuple_ = 0;   // of result_
-  bool isBusy_ = false;  // more results are to be fetched
+  Result result_;                   // null at the end
+  int nextTuple_ = 0;               // of result_
+  bool isBusy_ = false;             // more results are to be fetched
   std::vector<std::string> texts_;  // the values, each with a zero byte at its end
   std::vector<const char*> pointers_;
   std::vector<VEXDatabaseValue> row_;
@@ -129,8 +130,7 @@ class PostgresStatement final : public VEXDatabaseStatement {
 
 class PostgresInsert final : public VEXDatabaseInsert {
  public:
-  PostgresInsert(PostgresDatabase& database, std::string command)
-      : database_(database), command_(std::move(command)) {}
+  PostgresInsert(PostgresDatabase& database, std::string command) : database_(database), command_(std::move(command)) {}
   bool addRow(VEXDatabaseRow values) override;
   bool flush() override;
 
@@ -269,14 +269,23 @@ bool PostgresInsert::addRow(VEXDatabaseRow values) {
     }
     for (const char c : *values[i]) {
       switch (c) {
-        case '\\': rows_ += "\\\\"; break;
-        case '\n': rows_ += "\\n"; break;
-        case '\r': rows_ += "\\r"; break;
-        case '\t': rows_ += "\\t"; break;
+        case '\\':
+          rows_ += "\\\\";
+          break;
+        case '\n':
+          rows_ += "\\n";
+          break;
+        case '\r':
+          rows_ += "\\r";
+          break;
+        case '\t':
+          rows_ += "\\t";
+          break;
         case '\0':
           rows_.resize(start);
           return database_.refuse("a value holds a zero byte");
-        default: rows_ += c;
+        default:
+          rows_ += c;
       }
     }
   }
@@ -330,13 +339,16 @@ bool PostgresDatabase::connect(const VEXDatabasePlace& place) {
   add("password", place.password.c_str());
   add("dbname", place.databaseName.c_str());
   add("connect_timeout", kConnectSeconds);
+  std::string own;
+  if (!platform::environment("PGOPTIONS", own)) add("options", kSessionOptions);
   add("fallback_application_name", "orvane");
   keywords.push_back(nullptr);
   values.push_back(nullptr);
   handle_ = pq().connectParams(keywords.data(), values.data(), 0);
   if (handle_ == nullptr) return failed("out of memory");
   if (pq().status(handle_) != kConnectionOk) return failedHere();
-  pq().setNoticeProcessor(handle_, [](void*, const char*) {}, nullptr);
+  pq().setNoticeProcessor(
+      handle_, [](void*, const char*) {}, nullptr);
   return true;
 }
 

@@ -48,25 +48,36 @@ std::size_t behindVerbatim(std::string_view text, std::size_t at) {
 }
 
 std::size_t numCharacters(std::string_view utf8) {
-  return static_cast<std::size_t>(
-      std::count_if(utf8.begin(), utf8.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+  return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+bool suitsInteger(const dbschema::Type& type, std::string_view value, bool isWhole) {
+  std::int64_t whole = 0;
+  if (!isWhole || !textToInteger(value, whole)) return false;
+  return type.isSmall ? whole >= -0x8000 && whole <= 0x7FFF : whole >= -0x80000000LL && whole <= 0x7FFFFFFFLL;
 }
 
 bool suitsNumber(const dbschema::Type& type, std::string_view value) {
   VEXPlainNumber number;
   const bool isPlain = splitPlainNumber(value, number);
-  double real = 0.0;
-  if (isPlain && number.wholeLength - number.numSigns < 5 && (type.kind != dbschema::Kind::Integer)) [[likely]]
-    return type.width == 0 || number.wholeLength - number.numSigns + type.decimals <= type.width ||
-           (textToReal(value, real) && std::abs(real) < std::pow(10.0, static_cast<double>(type.width - type.decimals)));
-  if (type.kind == dbschema::Kind::Integer) {
-    std::int64_t whole = 0;
-    return isPlain && number.numDecimals == 0 && textToInteger(value, whole) &&
-           (type.isSmall ? whole >= -0x8000 && whole <= 0x7FFF : whole >= -0x80000000LL && whole <= 0x7FFFFFFFLL);
+  if (type.kind == dbschema::Kind::Integer)
+    return suitsInteger(type, value, isPlain && number.numDecimals == 0 && value.back() != '.');
+  const std::size_t wholeWidth = type.width - type.decimals;
+  if (isPlain && number.wholeLength < 16) [[likely]] {
+    const std::size_t numDigits = number.wholeLength - number.numSigns;
+    if (type.width == 0 || numDigits < wholeWidth || (numDigits == wholeWidth && number.numDecimals <= type.decimals))
+      return true;
+  } else if (isPlain && type.width > 0 && number.numDecimals <= type.decimals) {
+    // More digits than a double tells apart: their count decides.
+    std::size_t first = number.numSigns;
+    while (first < number.wholeLength && value[first] == '0') ++first;
+    return number.wholeLength - first <= wholeWidth;
   }
+  double real = 0.0;
   if (!textToReal(value, real) || !std::isfinite(real)) return false;
-  return type.kind != dbschema::Kind::Number || type.width == 0 ||
-         std::abs(real) < std::pow(10.0, static_cast<double>(type.width) - static_cast<double>(type.decimals));
+  // The database rounds to its decimals, which may carry into one digit more.
+  return type.width == 0 || std::abs(real) + 0.5 * std::pow(10.0, -static_cast<double>(type.decimals)) <
+                                std::pow(10.0, static_cast<double>(wholeWidth));
 }
 
 }  // namespace
@@ -227,8 +238,8 @@ std::string createTable(const VEXDatabase& database, const std::string& table,
 
 std::string select(const VEXDatabase& database, const std::string& table, const VEXStringVector& columns,
                    std::string_view condition) {
-  std::string text = "SELECT " + (columns.empty() ? std::string("*") : quotedList(columns)) + " FROM " +
-                     database.quotedTable(table);
+  std::string text =
+      "SELECT " + (columns.empty() ? std::string("*") : quotedList(columns)) + " FROM " + database.quotedTable(table);
   if (!condition.empty()) text.append(" WHERE ").append(condition);
   return text;
 }

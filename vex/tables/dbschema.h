@@ -25,7 +25,7 @@ struct Type {
   Kind kind = Kind::Unknown;
   std::uint32_t width = 0;  // Text, Number: 0 when none is told
   std::uint32_t decimals = 0;
-  bool isSmall = false;   // Integer of 16 bits
+  bool isSmall = false;  // Integer of 16 bits
   bool isFloat = false;  // Real written as "float"
 };
 // char(<n>), number(<w>,<d>), date, logical, smallint, integer, float, double.

@@ -226,8 +226,8 @@ std::unique_ptr<VEXDatabaseInsert> SQLiteDatabase::insertInto(const std::string&
                                                               const VEXStringVector& columns) {
   std::string marks;
   for (std::size_t i = 0; i < columns.size(); ++i) marks += i > 0 ? ",?" : "?";
-  Prepared statement = prepared("INSERT INTO " + quotedTable(table) + " (" + dbschema::quotedList(columns) +
-                                ") VALUES (" + marks + ")");
+  Prepared statement =
+      prepared("INSERT INTO " + quotedTable(table) + " (" + dbschema::quotedList(columns) + ") VALUES (" + marks + ")");
   if (statement == nullptr) return nullptr;
   return std::make_unique<SQLiteInsert>(*this, std::move(statement));
 }

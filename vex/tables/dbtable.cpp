@@ -8,13 +8,13 @@
 bool setDatabasePlace(VEXDatabasePlace& place, std::string_view directive, std::string_view value) {
   struct Part {
     std::string_view name;
-    std::string VEXDatabasePlace::* member;
+    std::string VEXDatabasePlace::*member;
   };
-  for (const Part& part : {Part{"DATABASE_SERVER_TYPE", &VEXDatabasePlace::serverType},
-                           Part{"DATABASE_SERVER_NAME", &VEXDatabasePlace::serverName},
-                           Part{"DATABASE_USER_NAME", &VEXDatabasePlace::userName},
-                           Part{"DATABASE_PASSWORD", &VEXDatabasePlace::password},
-                           Part{"DATABASE_NAME", &VEXDatabasePlace::databaseName}})
+  for (const Part& part :
+       {Part{"DATABASE_SERVER_TYPE", &VEXDatabasePlace::serverType},
+        Part{"DATABASE_SERVER_NAME", &VEXDatabasePlace::serverName},
+        Part{"DATABASE_USER_NAME", &VEXDatabasePlace::userName}, Part{"DATABASE_PASSWORD", &VEXDatabasePlace::password},
+        Part{"DATABASE_NAME", &VEXDatabasePlace::databaseName}})
     if (part.name == directive) {
       (place.*part.member).assign(value);
       return true;
@@ -171,9 +171,14 @@ VEXStatus VEXDatabaseOutput::writeRow(VEXTableRow fields) {
   return nullptr;
 }
 
+VEXStatus VEXDatabaseOutput::flush() {
+  if (insert_ == nullptr || insert_->flush()) return nullptr;
+  return makeStatus(310005, {table_, session_->database().errorText()});
+}
+
 VEXStatus VEXDatabaseOutput::close() {
   if (insert_ == nullptr || session_ == nullptr) return nullptr;
-  if (!insert_->flush()) return makeStatus(310005, {table_, session_->database().errorText()});
+  VEX_TRY(flush());
   if (!ownsSession_) return nullptr;
   if (!session_->commit()) {
     VEXStatus failure = makeStatus(310006, {table_, session_->database().errorText()});

@@ -32,7 +32,7 @@ class VEXDatabaseSession {
   void rollback();  // to the last commit; the inserts take no further rows
   std::uint64_t numCommitted() const { return numCommitted_; }
 
-  static constexpr std::uint64_t kBatchRows = std::uint64_t{200} * 1000;
+  static constexpr std::uint64_t kBatchRows = 200 * 1000;
 
  private:
   std::unique_ptr<VEXDatabase> database_;
@@ -91,6 +91,8 @@ class VEXDatabaseOutput final : public VEXTableOutput {
   void setOverwrite() { isOverwriting_ = true; }  // a table that is there is dropped first
   // Makes the table ready for rows; the first row calls it.
   VEXStatus prepare();
+  // The rows written so far are with the database afterwards, seen by other statements of the session.
+  VEXStatus flush();
 
  private:
   VEXStatus makeTable();

@@ -2,10 +2,18 @@
 
 #include "vex/src/platform/platform.h"
 #include "vex/src/vexconf.h"
+#include "vex/tables/catin.h"
+#include "vex/tables/catout.h"
 #include "vex/tables/dbfin.h"
 #include "vex/tables/dbfout.h"
+#include "vex/tables/dbtable.h"
+#include "vex/tables/scatin.h"
+#include "vex/tables/scatout.h"
 #include "vex/tables/sepvalin.h"
 #include "vex/tables/sepvalot.h"
+#include "vex/tables/sqlldrot.h"
+#include "vex/tables/strascin.h"
+#include "vex/tables/strascot.h"
 
 namespace {
 
@@ -18,6 +26,11 @@ std::unique_ptr<Base> make(std::string_view path) {
 constexpr VEXTableKind kKinds[] = {
     {"CSV", &make<VEXTableInput, VEXSeparatedInput>, &make<VEXTableOutput, VEXSeparatedOutput>},
     {"DBF", &make<VEXTableInput, VEXDBFInput>, &make<VEXTableOutput, VEXDBFOutput>},
+    {"CAT", &make<VEXTableInput, VEXCatalogueInput>, &make<VEXTableOutput, VEXCatalogueOutput>},
+    {"SCAT", &make<VEXTableInput, VEXStructuredInput>, &make<VEXTableOutput, VEXStructuredOutput>},
+    {"SCGEOMETRY", &make<VEXTableInput, VEXFixedAsciiInput>, &make<VEXTableOutput, VEXFixedAsciiOutput>},
+    {"SQLLDR", nullptr, &make<VEXTableOutput, VEXBulkLoaderOutput>},
+    {"DATABASE", &make<VEXTableInput, VEXDatabaseInput>, &make<VEXTableOutput, VEXDatabaseOutput>},
 };
 
 }  // namespace

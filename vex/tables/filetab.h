@@ -23,7 +23,7 @@ struct VEXTableDefinition {
 
 struct VEXTableKind {
   std::string_view name;
-  std::unique_ptr<VEXTableInput> (*makeInput)(std::string_view path);
+  std::unique_ptr<VEXTableInput> (*makeInput)(std::string_view path);  // null: is only written
   std::unique_ptr<VEXTableOutput> (*makeOutput)(std::string_view path);
 };
 

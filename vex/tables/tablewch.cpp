@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "vex/src/platform/platform.h"
+#include "vex/tables/fieldsub.h"
 
 TableWriteChannel::TableWriteChannel(std::unique_ptr<VEXTableOutput> output, VEXTableDefinition definition)
     : output_(std::move(output)), definition_(std::move(definition)) {}
@@ -18,6 +19,10 @@ VEXStatus TableWriteChannel::startGroup(VEXGroup&) {
   columns_.clear();
   for (const std::string& name : output_->columnNames()) columns_.push_back(VEXName::intern(name));
   row_.assign(columns_.size(), {});
+  geometryColumns_.clear();
+  for (std::size_t i = 0; i < columns_.size(); ++i)
+    if (output_->columnRole(i) != VEXColumnRole::Attribute) geometryColumns_.push_back(i);
+  geometryTexts_.resize(geometryColumns_.size());
   return nullptr;
 }
 
@@ -25,6 +30,12 @@ VEXStatus TableWriteChannel::writeFeatureImp(VEXFeature& feature) {
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     const std::string* value = feature.findAttribute(columns_[i]);
     row_[i] = value == nullptr ? std::string_view() : std::string_view(*value);
+  }
+  for (std::size_t i = 0; i < geometryColumns_.size(); ++i) {
+    const std::size_t column = geometryColumns_[i];
+    if (feature.numCoords() == 0 && row_[column].data() != nullptr) continue;  // an attribute in its place
+    VEX_TRY(fieldsub::geometryText(feature, output_->columnRole(column), output_->geometryKind(), geometryTexts_[i]));
+    row_[column] = geometryTexts_[i];
   }
   return extendStatus(output_->writeRow(row_));
 }

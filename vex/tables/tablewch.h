@@ -5,6 +5,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -27,4 +28,6 @@ class TableWriteChannel final : public VEXChannel {
   VEXTableDefinition definition_;
   std::vector<VEXName> columns_;
   std::vector<std::string_view> row_;
+  std::vector<std::size_t> geometryColumns_;
+  std::vector<std::string> geometryTexts_;  // one for each of these
 };

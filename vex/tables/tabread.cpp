@@ -7,6 +7,7 @@
 #include "vex/src/platform/platform.h"
 #include "vex/src/vexlog.h"
 #include "vex/src/vexrcycl.h"
+#include "vex/tables/fieldsub.h"
 
 namespace {
 
@@ -37,7 +38,8 @@ VEXStatus TabularReader::setup() {
   for (const VEXStringVector& line : lines) {
     VEXTableDefinition& definition = definitions_.emplace_back();
     if (!VEXTableDefinition::parse(line, definition)) return makeStatus(315006, {joined(line, " ")});
-    if (findTableKind(definition.kindName) == nullptr)
+    const VEXTableKind* kind = findTableKind(definition.kindName);
+    if (kind == nullptr || kind->makeInput == nullptr)
       return makeStatus(315005, {definition.kindName, definition.featureType, tableKindNames()});
   }
   getIDs(ids_);
@@ -111,6 +113,47 @@ VEXStatus TabularReader::openTable(const Table& table) {
   VEX_TRY(input_->startRows());
   columns_.clear();
   for (const std::string& name : input_->columnNames()) columns_.push_back(VEXName::intern(name));
+  hasGeometry_ = false;
+  for (std::size_t i = 0; i < columns_.size(); ++i)
+    hasGeometry_ = hasGeometry_ || input_->columnRole(i) != VEXColumnRole::Attribute;
+  return nullptr;
+}
+
+// A row some of whose columns are the feature's geometry. Coordinates by themselves, or a point inside when there is
+// nothing else, make a point.
+VEXStatus TabularReader::takeRow(VEXTableRow row, VEXFeature& feature) const {
+  double x = 0.0;
+  double y = 0.0;
+  double z = 0.0;
+  bool hasX = false;
+  bool hasY = false;
+  bool hasZ = false;
+  for (std::size_t i = 0; i < row.size(); ++i) {
+    switch (input_->columnRole(i)) {
+      case VEXColumnRole::Attribute:
+        feature.setAttribute(columns_[i], row[i]);
+        break;
+      case VEXColumnRole::X:
+      case VEXColumnRole::InsideX:
+        hasX = textToReal(row[i], x);
+        break;
+      case VEXColumnRole::Y:
+      case VEXColumnRole::InsideY:
+        hasY = textToReal(row[i], y);
+        break;
+      case VEXColumnRole::Z:
+        hasZ = textToReal(row[i], z);
+        break;
+      case VEXColumnRole::CoordinateList:
+      case VEXColumnRole::ComplexGeometry:
+        VEX_TRY(fieldsub::buildGeometry(row[i], input_->columnRole(i), input_->geometryKind(), feature));
+        break;
+    }
+  }
+  if (feature.numCoords() > 0 || !hasX || !hasY) return nullptr;
+  if (hasZ) feature.setDimension(3);
+  feature.addCoord(x, y, z);
+  feature.setGeomType(VEX_GEOM_POINT);
   return nullptr;
 }
 
@@ -132,8 +175,11 @@ VEXStatus TabularReader::readFeature(VEXFeaturePtr& out) {
     if (!endOfFile) {
       out = VEXObjectRecycler::instance().getFeature();
       out->setFeatureType(tables_[nextTable_ - 1].definition.featureType);
-      for (std::size_t i = 0; i < row.size(); ++i) out->setAttribute(columns_[i], row[i]);
-      return nullptr;
+      if (!hasGeometry_) [[likely]] {
+        for (std::size_t i = 0; i < row.size(); ++i) out->setAttribute(columns_[i], row[i]);
+        return nullptr;
+      }
+      return extendStatus(takeRow(row, *out));
     }
     VEX_TRY(input_->close());
     input_.reset();

@@ -36,6 +36,7 @@ class TabularReader final : public VEXReaderImp {
   bool isWanted(const VEXTableDefinition& definition) const;
   void skip(const Table& table, std::string_view reason) const;
   VEXStatus openTable(const Table& table);
+  VEXStatus takeRow(VEXTableRow row, VEXFeature& feature) const;
 
   std::vector<VEXTableDefinition> definitions_;
   VEXStringVector ids_;
@@ -43,4 +44,5 @@ class TabularReader final : public VEXReaderImp {
   std::size_t nextTable_ = 0;
   std::unique_ptr<VEXTableInput> input_;  // the table that is being read
   std::vector<VEXName> columns_;          // of that table
+  bool hasGeometry_ = false;              // some of them are parts of the geometry
 };

@@ -15,6 +15,10 @@
 
 using VEXTableRow = std::span<const std::string_view>;
 
+// What a column holds: an attribute, or a part of the feature's geometry, which the driver above takes from the
+// feature and puts back into it.
+enum class VEXColumnRole : std::uint8_t { Attribute, X, Y, Z, InsideX, InsideY, CoordinateList, ComplexGeometry };
+
 // A source of rows. Calls: open, addField for each directive and declared column, startRows, getRow to the end,
 // close. A name that is a directive's keyword sets that directive, any other name declares the next column.
 class VEXTableInput {
@@ -34,6 +38,9 @@ class VEXTableInput {
   virtual VEXStatus getRow(VEXTableRow& row, bool& endOfFile) = 0;
   // How many rows are to be expected; 0 when the file does not tell.
   virtual std::uint64_t expectedRows() const { return 0; }
+  virtual VEXColumnRole columnRole(std::size_t) const { return VEXColumnRole::Attribute; }
+  // The kind of geometry that the columns make, as ASCII_GEOMETRY has it; empty for none.
+  virtual std::string_view geometryKind() const { return {}; }
 
   const std::string& path() const { return path_; }
   const VEXStringVector& columnNames() const { return columnNames_; }
@@ -63,6 +70,9 @@ class VEXTableOutput {
   virtual VEXStatus addField(std::string_view name, std::string_view typeSpec) = 0;
   // One value for each column, in their order. An empty value is no value.
   virtual VEXStatus writeRow(VEXTableRow fields) = 0;
+  virtual VEXColumnRole columnRole(std::size_t) const { return VEXColumnRole::Attribute; }
+  // The kinds of geometry that the table takes, as ASCII_GEOMETRY has it; empty when it does not look.
+  virtual std::string_view geometryKind() const { return {}; }
   // Drops the file, when it is open and not finished.
   virtual void abort();
 

@@ -105,7 +105,7 @@ TEST_F(Tabular, ReadsOneFile) {
 
 TEST_F(Tabular, RefusesBadDefinitions) {
   for (const auto& [text, number] : std::vector<std::pair<std::string, std::string>>{
-           {"t", "#315006"}, {"t CSV", "#315006"}, {"t CSV a.csv extra", "#315006"}, {"t CAT a.cat", "#315005"}}) {
+           {"t", "#315006"}, {"t CSV", "#315006"}, {"t CSV a.csv extra", "#315006"}, {"t XLS a.xls", "#315005"}, {"t SQLLDR a.ctl", "#315005"}}) {
     nextKeywords();
     engine_.row(in_ + "_DEF " + text);
     EXPECT_EQ(read(), number) << text;
@@ -135,7 +135,7 @@ TEST_F(Tabular, LeavesNoFileThatLooksWhole) {
   };
   put("plain", "");
   for (const Row& row :
-       {Row{{"a CAT a.cat x char(1)"}, 316002}, Row{{"a CSV o.csv x char(1)", "b DBF ./o.csv X char(1)"}, 316003},
+       {Row{{"a XLS a.xls x char(1)"}, 316002}, Row{{"a CSV o.csv x char(1)", "b DBF ./o.csv X char(1)"}, 316003},
         Row{{"a CSV o.csv"}, 316004}, Row{{"a CSV"}, 316004}, Row{{"a CSV plain/o.csv x char(1)"}, 316005},
         Row{{"b CSV o.csv x char(1)", "a DBF p.dbf x char(1)"}, 301007},
         Row{{"b CSV o.csv x char(1)", "a DBF p.dbf X char(1) X char(2)"}, 301005},
