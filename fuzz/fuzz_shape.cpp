@@ -13,12 +13,13 @@
 namespace {
 
 const std::string& directory() {
-  static const std::string path = [] {
+  // Outlives the statics: the handler at exit still needs it.
+  static const std::string& path = *new std::string([] {
     std::string pattern = (std::filesystem::temp_directory_path() / "orvfuzzXXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) std::abort();
     std::atexit([] { std::filesystem::remove_all(directory()); });
     return pattern;
-  }();
+  }());
   return path;
 }
 
