@@ -138,6 +138,7 @@ class VEXObject {
   void setSequenced(VEXName name, std::string_view value);
   void setSequenced(std::string_view name, std::string_view value) { setSequenced(VEXName::intern(name), value); }
   const std::vector<VEXName>& sequence() const { return sequencedAttrNames_; }
+  void addToSequence(VEXName name) { sequencedAttrNames_.push_back(name); }
   void clearSequence() { sequencedAttrNames_.clear(); }
   void setSequence(std::vector<VEXName> names) { sequencedAttrNames_ = std::move(names); }
   // Names and values as a writer is offered them: the sequence first (a name that begins with a blank is

@@ -119,6 +119,11 @@ bool VEXInputFile::readBytes(std::size_t count, std::string_view& bytes) {
   return true;
 }
 
+std::string_view VEXInputFile::peekBytes(std::size_t count) {
+  fill(count);
+  return std::string_view(buffer_.get() + at_, end_ - at_);
+}
+
 bool VEXInputFile::seek(std::uint64_t offset) {
   if (offset >= blockStart_ && offset <= blockStart_ + end_) {
     at_ = static_cast<std::size_t>(offset - blockStart_);
@@ -138,14 +143,14 @@ VEXOutputFile::~VEXOutputFile() {
   close();
 }
 
-bool VEXOutputFile::open(const std::string& path) {
+bool VEXOutputFile::open(const std::string& path, unsigned protection) {
   close();
   path_ = path;
   flushed_ = 0;
   used_ = 0;
-  fd_ = ::open(platform::nativePath(path).c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  fd_ = ::open(platform::nativePath(path).c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, protection);
   // A device such as the terminal may allow writing only.
-  if (fd_ < 0) fd_ = ::open(platform::nativePath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (fd_ < 0) fd_ = ::open(platform::nativePath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, protection);
   error_ = fd_ < 0 ? errno : 0;
   if (fd_ >= 0 && buffer_ == nullptr) buffer_.reset(new char[kCapacity]);
   return fd_ >= 0;

@@ -29,6 +29,11 @@ bool matchesWildcard(const std::string& name, const std::string& pattern);
 // Creates a file that did not exist (never follows a link, readable by its owner only) and opens it for
 // reading and writing. -1 on failure, with errno of the system in `error`.
 int createExclusive(const std::string& path, int& error);
+// Claims an open file for this process until it is closed, or the process is gone. False when another has claimed it, or
+// has taken it away; true as well where the file system knows no claims.
+bool claimFile(int fd);
+// Removes the files of a directory whose names begin and end so, and that this user owns and no process claims.
+void removeUnclaimedFiles(const std::string& directory, std::string_view begin, std::string_view end);
 std::string errorText(int error);
 // A path as the system takes it: "\" turned into "/". "NUL:" becomes the null device.
 std::string nativePath(std::string_view path);
