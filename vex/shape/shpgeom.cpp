@@ -151,6 +151,26 @@ void ShapeDecoder::takeParts(const shp::Record& record, const Source& from, bool
   }
 }
 
+namespace {
+
+// Takes the axes of a run of points apart. True when no point equals its successor, nor any but the last the first.
+bool spreadPoints(const char* points, std::size_t count, double* x, double* y) {
+  for (std::size_t i = 0; i < count; ++i) {
+    std::memcpy(x + i, points + shp::kPointBytes * i, shp::kValueBytes);
+    std::memcpy(y + i, points + shp::kPointBytes * i + shp::kValueBytes, shp::kValueBytes);
+  }
+  const double firstX = x[0];
+  std::uint64_t repeats = 0;
+  for (std::size_t i = 1; i < count; ++i) repeats |= static_cast<std::uint64_t>(x[i] == x[i - 1]);
+  for (std::size_t i = 1; i + 1 < count; ++i) repeats |= static_cast<std::uint64_t>(x[i] == firstX);
+  if (repeats == 0) [[likely]] return true;
+  for (std::size_t i = 1; i < count; ++i)
+    if (isSame(x[i], y[i], x[i - 1], y[i - 1]) || (i + 1 < count && isSame(x[i], y[i], firstX, y[0]))) return false;
+  return true;
+}
+
+}  // namespace
+
 template <bool kThird, bool kMeasure>
 void ShapeDecoder::takePart(Source from, std::size_t count, bool isRing) {
   ensure(at_ + count + 1);
@@ -160,6 +180,15 @@ void ShapeDecoder::takePart(Source from, std::size_t count, bool isRing) {
     ++at_;
   }
   const std::size_t start = at_;
+  if constexpr (!kThird && !kMeasure) {
+    // Nearly every ring: nothing to drop, to add or to close.
+    if (isRing && count >= 4 && spreadPoints(from.points, count, x_ + start, y_ + start) &&
+        isSame(x_[start], y_[start], x_[start + count - 1], y_[start + count - 1])) [[likely]] {
+      at_ = start + count;
+      if (makesAggregates_) parts_.push_back({.first = start, .count = count});
+      return;
+    }
+  }
   const double firstX = shp::getReal(from.points);
   const double firstY = shp::getReal(from.points + shp::kValueBytes);
   double lastX = kNoZ;  // equals nothing

@@ -1,6 +1,8 @@
 // Attributes: the table and its compaction, sequence, lists, numbers in texts.
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "vex/inc/numtext.h"
 #include "vex/inc/vexobjct.h"
 
@@ -147,6 +149,54 @@ TEST(NumberText, Reals) {
   EXPECT_TRUE(textToReal(" 1e3 ", value));
   EXPECT_EQ(value, 1000.0);
   for (const char* text : {"", "1x", "--1", "1 2"}) EXPECT_FALSE(textToReal(text, value)) << text;
+}
+
+// A table that is emptied and filled again, mostly with the names of the time before, is as good as a new one:
+// the same entries, walked in the same order.
+TEST(AttributeTable, RefillsAsIfItWereNew) {
+  std::mt19937 random(20261123);
+  std::vector<VEXName> names;
+  for (int i = 0; i < 12; ++i) names.push_back(VEXName::intern("column" + std::to_string(i)));
+  const auto textOf = [](const VEXAttributeTable& table) {
+    std::string text;
+    table.forEach([&](VEXName name, const std::string& value) { text += name.text() + "=" + value + " "; });
+    return text;
+  };
+  VEXAttributeTable kept;
+  for (int round = 0; round < 3000; ++round) {
+    kept.clear();
+    VEXAttributeTable fresh;
+    fresh.copyFrom(kept);  // takes the number of buckets
+    const std::size_t usual = random() % 10;
+    std::uint32_t place = random() % 12;
+    for (std::size_t i = 0; i < usual + random() % 3; ++i) {
+      const VEXName name = names[random() % 8 == 0 ? random() % names.size() : i];
+      const std::string value = std::to_string(random() % 100 * (random() % 2 == 0 ? 1 : 1000000007LL)) +
+                                std::string(random() % 50, 'x');
+      if (random() % 12 == 0) {
+        EXPECT_EQ(kept.remove(name), fresh.remove(name));
+      } else if (random() % 12 == 0) {
+        kept.valueOf(name) += value;
+        fresh.valueOf(name) += value;
+      } else {
+        kept.set(name, value);
+        fresh.set(name, value);
+      }
+      if (random() % 20 == 0) {
+        kept.compact();
+        fresh.compact();
+      }
+      const VEXName wanted = names[random() % names.size()];
+      const std::string* found = fresh.find(wanted);
+      ASSERT_EQ(kept.find(wanted) == nullptr, found == nullptr);
+      ASSERT_EQ(kept.find(wanted, place) == nullptr, found == nullptr);
+      if (found != nullptr) {
+        ASSERT_EQ(*kept.find(wanted, place), *found);
+      }
+    }
+    ASSERT_EQ(kept.entries(), fresh.entries());
+    ASSERT_EQ(textOf(kept), textOf(fresh)) << "round " << round;
+  }
 }
 
 }  // namespace

@@ -91,6 +91,10 @@ bool changeDirectory(const std::string& path) {
   return chdir(path.c_str()) == 0;
 }
 
+bool isTerminal(std::FILE* stream) {
+  return isatty(fileno(stream)) == 1;
+}
+
 std::string currentDirectory() {
   std::array<char, 4096> buffer;
   return getcwd(buffer.data(), buffer.size()) == nullptr ? std::string() : std::string(buffer.data());

@@ -20,6 +20,8 @@ bool removeFile(const std::string& path);
 bool renameFile(const std::string& from, const std::string& to);
 bool changeDirectory(const std::string& path);
 std::string currentDirectory();
+// True for a stream that a person reads.
+bool isTerminal(std::FILE* stream);
 // Names in a directory, without "." and "..", sorted byte by byte; false when it cannot be read.
 bool listDirectory(const std::string& path, std::vector<std::string>& names);
 // True when a file name fits a pattern of the shell: "*", "?", "[a-z]". A leading point has to stand in the pattern.
