@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -81,6 +82,6 @@ class StoreTest : public ::testing::Test {
     return joined(out, "; ");
   }
 
-  TranslationScope scope_;
+  std::optional<TranslationScope> scope_{std::in_place};
   std::string directory_;
 };

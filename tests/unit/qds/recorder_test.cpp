@@ -97,7 +97,7 @@ TEST_F(StoreTest, SeriesRollOver) {
     EXPECT_EQ(names(), row.files);  // members of the longer series before are gone
     EXPECT_EQ(readAll("a.b.qds"), "t {x=1}; t {y=2}; t {x=3, y=4}");
   }
-  EXPECT_EQ(scope_.logged("earlier and longer series"), 2U);
+  EXPECT_EQ(scope_->logged("earlier and longer series"), 2U);
   EXPECT_EQ(writeAll("plain", {"t", "t"}, 1), "");
   EXPECT_TRUE(isThere("plain_1"));
 
@@ -263,7 +263,7 @@ TEST_F(StoreTest, RunThatIsKilledLeavesItsRecords) {
   EXPECT_EQ(saved.substr(0, 48), "road {name=A0} line 0 0, 10 5, 20 0; road {name=");
   EXPECT_GT(std::count(saved.begin(), saved.end(), ';'), 10000);
   EXPECT_EQ(saved.find("attribute_0"), std::string::npos);
-  EXPECT_EQ(scope_.logged("Records saved from the feature file"), 1U);
+  EXPECT_EQ(scope_->logged("Records saved from the feature file"), 1U);
   // Without the names beside it.
   std::filesystem::remove(at("left/s.qds.names"));
   EXPECT_EQ(readAll("left/s.qds", true).substr(0, 52), "road {attribute_0=A0, attribute_1=orv_line} line 0 0");
@@ -298,7 +298,7 @@ TEST_F(StoreTest, MemberMissing) {
   EXPECT_EQ(readAll("s.qds"), "t {a=1}; #393380");
   EXPECT_EQ(readAll("s.qds", true), "t {a=1}");
   EXPECT_EQ(readDataset(directory_), "t {a=1}; t {a=3}");  // in a directory it is a store by itself
-  EXPECT_EQ(scope_.logged("is missing from its series"), 2U);
+  EXPECT_EQ(scope_->logged("is missing from its series"), 2U);
 }
 
 TEST_F(StoreTest, DirectoriesAndKeywords) {
@@ -307,9 +307,9 @@ TEST_F(StoreTest, DirectoriesAndKeywords) {
   ASSERT_EQ(writeAll("c_2.qds", {"c"}), "");
   put("d.txt", "no store");
   EXPECT_EQ(readDataset(directory_), "a; b {n=1}; b {n=2}; c");
-  scope_.row("S_IDs B c_2 x");
+  scope_->row("S_IDs B c_2 x");
   EXPECT_EQ(readDataset(directory_), "b {n=1}; b {n=2}; c");
-  EXPECT_EQ(scope_.logged("No feature store of the name X"), 1U);
+  EXPECT_EQ(scope_->logged("No feature store of the name X"), 1U);
   EXPECT_EQ(readDataset(at("a.QDS")), "#24105");
   struct Row {
     const char* keyword;
@@ -320,10 +320,10 @@ TEST_F(StoreTest, DirectoriesAndKeywords) {
                          Row{"_SEARCH_CLOSEST_POINT 1 2", 24104}, Row{"_SEARCH_CLOSEST_POINT 1 nan 2", 24104},
                          Row{"_RECOVER maybe", 24107}, Row{"_SEARCH_ENVELOPE -1e9 2 3.5 4", 0}}) {
     name += "K";
-    scope_.row(name + row.keyword);
+    scope_->row(name + row.keyword);
     EXPECT_EQ(numberOf(QDSReader("QDS", name).setup()), row.number) << row.keyword;
   }
-  scope_.row(name + "_SEARCH_CLOSEST_POINT 1 2 3");
+  scope_->row(name + "_SEARCH_CLOSEST_POINT 1 2 3");
   EXPECT_EQ(numberOf(QDSReader("QDS", name).setup()), 24103U);
 }
 

@@ -159,7 +159,7 @@ TEST_F(SpatialStoreTest, IndexesThatDoNotFit) {
 TEST_F(SpatialStoreTest, ReaderSearchesWithinItsStores) {
   ASSERT_EQ(write("a.qds", {"a {n=1} point 1 1", "a {n=2} point 9 9"}), "");
   ASSERT_EQ(write("b.qds", {"b {n=3} point 2 2", "b {n=4} line 0 5, 8 5"}), "");
-  scope_.row("S_SEARCH_ENVELOPE 0 0 3 5");
+  scope_->row("S_SEARCH_ENVELOPE 0 0 3 5");
   EXPECT_EQ(readDataset(directory_), "a {n=1} point 1 1; b {n=3} point 2 2; b {n=4} line 0 5, 8 5");
   ASSERT_EQ(writeAll("c.qds", {"c point 1 1"}), "");
   EXPECT_EQ(readDataset(directory_), "a {n=1} point 1 1; b {n=3} point 2 2; b {n=4} line 0 5, 8 5; #395301");
