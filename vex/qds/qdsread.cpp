@@ -101,7 +101,7 @@ VEXStatus QDSReader::listStores(const std::string& dataset, const VEXStringVecto
     for (const std::string& file : files)
       stores.push_back(platform::isAbsolutePath(file) || !isDirectory ? file : dataset + "/" + file);
   } else if (isDirectory) {
-    VEX_TRY(listDirectory(native, stores));
+    VEX_TRY(listDirectory(native, wanted, stores));
   } else {
     stores.push_back(dataset);
   }
@@ -120,11 +120,13 @@ VEXStatus QDSReader::listStores(const std::string& dataset, const VEXStringVecto
   return nullptr;
 }
 
-VEXStatus QDSReader::listDirectory(const std::string& directory, VEXStringVector& stores) const {
+VEXStatus QDSReader::listDirectory(const std::string& directory, const std::unordered_set<std::string>& wanted,
+                                   VEXStringVector& stores) const {
   VEXStringVector names;
   if (!platform::listDirectory(directory, names)) return makeStatus(kNothingThere, {directory, readerType()});
   std::erase_if(names, [](const std::string& name) { return !isStoreName(name); });
-  // Members that follow the first one without a gap are read with it.
+  // Members that follow the first one without a gap are read with it, unless one is wanted and the first is not.
+  auto isWanted = [&wanted](const std::string& name) { return wanted.contains(upperCased(baseNameOf(name))); };
   std::map<std::string, std::vector<std::uint32_t>> members;
   std::string first;
   std::uint32_t number = 0;
@@ -135,8 +137,10 @@ VEXStatus QDSReader::listDirectory(const std::string& directory, VEXStringVector
   for (auto& [firstName, numbers] : members) {
     if (!there.contains(firstName)) continue;
     std::sort(numbers.begin(), numbers.end());
-    for (std::uint32_t at = 0; at < numbers.size() && numbers[at] == at + 1; ++at)
-      later.insert(VEXRecorder::memberPath(firstName, numbers[at]));
+    for (std::uint32_t at = 0; at < numbers.size() && numbers[at] == at + 1; ++at) {
+      std::string member = VEXRecorder::memberPath(firstName, numbers[at]);
+      if (!isWanted(member) || isWanted(firstName)) later.insert(std::move(member));
+    }
   }
   // By name from the end, as the list is read from its end.
   for (auto name = names.rbegin(); name != names.rend(); ++name)

@@ -9,6 +9,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "vex/src/readrimp.h"
@@ -32,7 +33,8 @@ class QDSReader final : public VEXReaderImp {
   enum class Search { None, Envelope, Closest };
   VEXStatus parseNumbers(const char* name, std::size_t count, std::uint32_t onFault, bool& isGiven);
   VEXStatus listStores(const std::string& dataset, const VEXStringVector& files, VEXStringVector& stores) const;
-  VEXStatus listDirectory(const std::string& directory, VEXStringVector& stores) const;
+  VEXStatus listDirectory(const std::string& directory, const std::unordered_set<std::string>& wanted,
+                          VEXStringVector& stores) const;
   VEXStatus openStore(const std::string& path);
   std::unique_ptr<VEXRecorder> makeRecorder(const std::string& path) const;
 

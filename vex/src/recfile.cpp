@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <filesystem>
+#include <unordered_set>
 
 #include "vex/inc/numtext.h"
 #include "vex/inc/vexassert.h"
@@ -26,6 +27,7 @@ constexpr std::uint32_t kBadPlace = 393373;
 constexpr std::uint32_t kBadRecord = 393374;
 constexpr std::uint32_t kNotFinished = 393376;
 constexpr std::uint32_t kBadDictionary = 393377;
+constexpr std::uint32_t kBeingRead = 393383;
 
 constexpr std::uint32_t kUnknownName = 879010;
 
@@ -49,6 +51,12 @@ std::string bytesOf(Numbers... numbers) {
   return bytes;
 }
 
+// Paths of files that are open for reading: creating one of them would empty it under its reader.
+std::unordered_multiset<std::string>& filesBeingRead() {
+  static std::unordered_multiset<std::string>& files = *new std::unordered_multiset<std::string>;
+  return files;
+}
+
 void removeIfFile(const std::string& path) {
   std::error_code ignored;
   if (std::filesystem::is_regular_file(platform::nativePath(path), ignored))
@@ -57,6 +65,10 @@ void removeIfFile(const std::string& path) {
 
 }  // namespace
 
+VEXRecorderFile::~VEXRecorderFile() {
+  if (!beingRead_.empty()) filesBeingRead().erase(filesBeingRead().find(beingRead_));
+}
+
 // ---- writing ----
 
 VEXStatus VEXRecorderFile::writeFailure(std::uint32_t number) const {
@@ -64,9 +76,15 @@ VEXStatus VEXRecorderFile::writeFailure(std::uint32_t number) const {
 }
 
 VEXStatus VEXRecorderFile::create() {
+  if (filesBeingRead().contains(platform::canonicalPath(platform::nativePath(path_))))
+    return makeStatus(kBeingRead, {path_});
   if (!output_.open(path_, protection())) return writeFailure(kCannotCreate);
   // The placeholder is on disk before any record is: a run that is killed leaves a file that is known for what it is.
-  if (!output_.append(bytesOf(0U, placeholder(), 0U)) || !output_.flush()) return writeFailure(kRecordNotWritten);
+  if (!output_.append(bytesOf(0U, placeholder(), 0U)) || !output_.flush()) {
+    VEXStatus failure = writeFailure(kRecordNotWritten);
+    discard();
+    return failure;
+  }
   std::error_code ignored;
   keepsNames_ = std::filesystem::is_regular_file(platform::nativePath(path_), ignored);
   if (keepsNames_) removeIfFile(namesPath());
@@ -140,6 +158,10 @@ VEXStatus VEXRecorderFile::open() {
   if (!input_.open(path_)) return makeStatus(kNothingToRead, {path_, input_.errorText()});
   if (input_.size() == 0) return makeStatus(kNothingToRead, {path_, "it is empty"});
   recordsEnd_ = input_.size();
+  if (beingRead_.empty()) {
+    beingRead_ = platform::canonicalPath(platform::nativePath(path_));
+    filesBeingRead().insert(beingRead_);
+  }
   return nullptr;
 }
 

@@ -15,12 +15,12 @@
 class VEXRecorderFile {
  public:
   explicit VEXRecorderFile(std::string path) : path_(std::move(path)) {}
-  virtual ~VEXRecorderFile() = default;
+  virtual ~VEXRecorderFile();
   VEXRecorderFile(const VEXRecorderFile&) = delete;
   VEXRecorderFile& operator=(const VEXRecorderFile&) = delete;
 
   // ---- writing ----
-  VEXStatus create();  // 393361
+  VEXStatus create();  // 393361; 393383: this process is reading it
   // 393362: it cannot be written. Severity 30, 393363: the record would end behind what an offset can tell.
   VEXStatus write(const VEXFeature& feature, VEXPersistentDictionary& names);
   VEXStatus finish(const VEXPersistentDictionary& names, std::uint32_t count);  // 393357, 393359, 393360, 393364
@@ -57,7 +57,8 @@ class VEXRecorderFile {
   VEXInputFile input_;
   std::uint64_t recordsEnd_ = 0;
   bool isRecovered_ = false;
-  std::string record_;  // one too large for the buffer
+  std::string beingRead_;  // the file's one path while it is open for reading
+  std::string record_;     // one too large for the buffer
 
   // While a file is written its names stand in a file beside it, so that a run that is killed does not lose them.
   std::unique_ptr<VEXOutputFile> namesFile_;

@@ -124,7 +124,10 @@ VEXStatus VEXSpatialRecorder::write(const VEXFeature& feature, VEXRecordAddress&
 VEXStatus VEXSpatialRecorder::close() {
   VEX_TRY(recorder_.close());
   if (recordingMode_ == VEXRecorder::READ_RECORDING || addresses_.empty()) return nullptr;
-  if (!platform::fileExists(platform::nativePath(recorder_.path()))) return makeStatus(kMissing, {recorder_.path()});
+  const std::string store = platform::nativePath(recorder_.path());
+  std::error_code ignored;
+  if (!platform::fileExists(store)) return makeStatus(kMissing, {recorder_.path()});
+  if (!std::filesystem::is_regular_file(store, ignored)) return nullptr;  // a device has nothing beside it
   tree_.bulkLoad(std::move(entries_));
   entries_.clear();
   std::string bytes;

@@ -154,6 +154,9 @@ TEST_F(StoreTest, WrongUseIsToldByNumber) {
   VEXRecorder reader(at("s.qds"), VEXRecorder::READ_RECORDING, false, false);
   EXPECT_EQ(numberOf(reader.write(*feature, address)), 393370U);
   EXPECT_EQ(numberOf(reader.readAt({1, 12}, feature)), 393372U);
+  ASSERT_EQ(reader.readAt({0, 12}, feature), nullptr);
+  EXPECT_EQ(writeAll("../store/s.qds", {"t"}), "#393383");
+  EXPECT_EQ(readAll("s.qds").substr(0, 5), "road ");
   EXPECT_EQ(numberOf(reader.readAt({0, 4}, feature)), 393373U);
   EXPECT_EQ(numberOf(reader.readAt({0, 0xFFFFFFF0}, feature)), 393373U);
   VEXRecorder writer(at("w.qds"), VEXRecorder::WRITE_RECORDING, false, false);
@@ -311,6 +314,8 @@ TEST_F(StoreTest, DirectoriesAndKeywords) {
   EXPECT_EQ(readDataset(directory_), "b {n=1}; b {n=2}; c");
   EXPECT_EQ(scope_->logged("No feature store of the name X"), 1U);
   EXPECT_EQ(readDataset(at("a.QDS")), "#24105");
+  VEXConfiguration::setValue("S_IDs", "b_1");
+  EXPECT_EQ(readDataset(directory_), "b {n=2}");
   struct Row {
     const char* keyword;
     std::uint32_t number;
