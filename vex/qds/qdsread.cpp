@@ -205,6 +205,8 @@ void QDSReader::abort() {
   isOpen_ = false;
   stores_.clear();
   recorder_.reset();
+  // The shared recorder lives on, without the file: the store may be written next.
+  if (spatial_ != nullptr) ignoreStatus(spatial_->close());
   spatial_.reset();
 }
 

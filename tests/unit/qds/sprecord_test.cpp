@@ -161,6 +161,14 @@ TEST_F(SpatialStoreTest, ReaderSearchesWithinItsStores) {
   ASSERT_EQ(write("b.qds", {"b {n=3} point 2 2", "b {n=4} line 0 5, 8 5"}), "");
   scope_->row("S_SEARCH_ENVELOPE 0 0 3 5");
   EXPECT_EQ(readDataset(directory_), "a {n=1} point 1 1; b {n=3} point 2 2; b {n=4} line 0 5, 8 5");
+  {
+    QDSReader reader("QDS", "S");
+    VEXFeaturePtr feature;
+    ASSERT_TRUE(reader.setup() == nullptr && reader.open({}) == nullptr && reader.read(feature) == nullptr);
+    EXPECT_EQ(write("a.qds", {"a"}), "#393383");
+    reader.abort();
+    EXPECT_EQ(write("a.qds", {"a {n=1} point 1 1"}), "");
+  }
   ASSERT_EQ(writeAll("c.qds", {"c point 1 1"}), "");
   EXPECT_EQ(readDataset(directory_), "a {n=1} point 1 1; b {n=3} point 2 2; b {n=4} line 0 5, 8 5; #395301");
 }
