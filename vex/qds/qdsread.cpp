@@ -8,8 +8,8 @@
 #include <unordered_set>
 
 #include "vex/inc/numtext.h"
-#include "vex/src/platform/platform.h"
 #include "vex/src/plangeom.h"
+#include "vex/src/platform/platform.h"
 #include "vex/src/vexlog.h"
 #include "vex/src/vexrcycl.h"
 
@@ -249,8 +249,7 @@ VEXStatus QDSReader::readSchemaFeatures(const VEXStringVector& parameters, VEXFe
     feature->setFeatureType(type);
     feature->setCoordSys(schema.coordSys);
     for (const std::string& name : schema.names)
-      feature->setSequenced(name,
-                            "char(" + integerText(static_cast<std::int64_t>(schema.longest.at(name))) + ")");
+      feature->setSequenced(name, "char(" + integerText(static_cast<std::int64_t>(schema.longest.at(name))) + ")");
     out.push_back(std::move(feature));
   }
   return nullptr;

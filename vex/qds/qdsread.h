@@ -1,9 +1,9 @@
-// QDSReader: the reader of type QDS. The dataset is a feature store, or a directory of them; a store whose name is that of
-// a later member of a series is read with the first one. The attributes, type and geometry of a feature are those that
-// were written.
+// QDSReader: the reader of type QDS. The dataset is a feature store, or a directory of them; a store whose name is that
+// of a later member of a series is read with the first one. The attributes, type and geometry of a feature are those
+// that were written.
 //
-// Keywords: _IDs the stores that are wanted; _SEARCH_ENVELOPE, _SEARCH_CLOSEST_POINT a search through the index beside a
-// store; _RECOVER. Failures: 24102 to 24105, 24107, those of VEXRecorder and VEXSpatialRecorder.
+// Keywords: _IDs the stores that are wanted; _SEARCH_ENVELOPE, _SEARCH_CLOSEST_POINT a search through the index beside
+// a store; _RECOVER. Failures: 24102 to 24105, 24107, those of VEXRecorder and VEXSpatialRecorder.
 #pragma once
 
 #include <array>

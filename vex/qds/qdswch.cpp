@@ -36,7 +36,10 @@ void QDSWriteChannel::makeRecorder(const std::string& path) {
 VEXStatus QDSWriteChannel::writeFeatureImp(VEXFeature& feature) {
   if (recorder_ == nullptr && spatial_ == nullptr) [[unlikely]]
     makeRecorder(settings_.isMultiFile ? storePath(outputPath_, feature.featureType()) : outputPath_);
-  if (settings_.isMultiFile) feature.removeAttribute(kFeatureTypeName);
+  if (settings_.isMultiFile && feature.attributeExists(kFeatureTypeName)) {
+    feature.removeAttribute(kFeatureTypeName);
+    feature.removeFromSequence(kFeatureTypeName);
+  }
   VEXRecordAddress address;
   return extendStatus(recorder_ != nullptr ? recorder_->write(feature, address) : spatial_->write(feature, address));
 }

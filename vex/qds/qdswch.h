@@ -39,6 +39,6 @@ class QDSWriteChannel final : public VEXChannel {
   std::string outputPath_;
   QDSChannelSettings settings_;
   const std::unordered_set<std::string>& files_;
-  std::unique_ptr<VEXRecorder> recorder_;        // one of the two, once there is a feature
+  std::unique_ptr<VEXRecorder> recorder_;  // one of the two, once there is a feature
   std::unique_ptr<VEXSpatialRecorder> spatial_;
 };

@@ -106,9 +106,8 @@ std::size_t storedBytes(const VEXFeature& feature) {
 
 void putStoredFeature(char* at, const VEXFeature& feature, VEXNameDictionary& names) {
   at = putNumber(at, static_cast<std::uint32_t>(feature.numAttributes()));
-  feature.forEachAttribute([&](VEXName name, const std::string& value) {
-    at = putText(putNumber(at, names.indexOf(name)), value);
-  });
+  feature.forEachAttribute(
+      [&](VEXName name, const std::string& value) { at = putText(putNumber(at, names.indexOf(name)), value); });
   at = putNumber(at, static_cast<std::uint32_t>(feature.sequence().size()));
   for (VEXName name : feature.sequence()) at = putNumber(at, names.indexOf(name));
   at = putText(at, feature.featureType());
@@ -225,8 +224,8 @@ VEXStatus VEXFeatureFIFO::read(VEXFeature& feature, bool& got) {
     return readPosition_ >= blockStart_ && readPosition_ + bytes <= blockStart_ + block_.size();
   };
   auto load = [this](std::size_t bytes) {
-    std::size_t count = static_cast<std::size_t>(
-        std::min<std::uint64_t>(std::max(bytes, readAhead_), writePosition_ - readPosition_));
+    std::size_t count =
+        static_cast<std::size_t>(std::min<std::uint64_t>(std::max(bytes, readAhead_), writePosition_ - readPosition_));
     block_.resize(count);
     blockStart_ = readPosition_;
     return count >= bytes && file_->readAt(blockStart_, block_.data(), count);

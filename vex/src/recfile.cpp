@@ -175,27 +175,31 @@ VEXStatus VEXRecorderFile::readHeader(VEXPersistentDictionary& names, std::uint3
     if (!recovers) return failure;
     count = 0xFFFFFFFF;
     isRecovered_ = true;
-    VEX_TRY(recover(dictionaryOffset, names));
+    recover(dictionaryOffset, names);
   }
   if (!input_.seek(kHeaderBytes)) return makeStatus(kSeekFailed, {path_});
   return nullptr;
 }
 
-// Where the records end as far as can be told, and the names that a run has left beside the file.
-VEXStatus VEXRecorderFile::recover(std::uint32_t dictionaryOffset, VEXPersistentDictionary& names) {
+// Where the records end as far as can be told, and the names that the dictionary still tells, or those that the run has
+// left beside the file.
+void VEXRecorderFile::recover(std::uint32_t dictionaryOffset, VEXPersistentDictionary& names) {
   const std::uint64_t size = input_.size();
   const bool isTold = dictionaryOffset >= kHeaderBytes && dictionaryOffset <= size;
   recordsEnd_ = isTold ? dictionaryOffset : size;
-  if (isTold) return nullptr;
+  if (isTold) {
+    std::string fault;
+    if (input_.seek(dictionaryOffset)) names.restore(input_, size, fault);
+    return;
+  }
   VEXInputFile kept;
-  if (!kept.open(namesPath())) return nullptr;
+  if (!kept.open(namesPath())) return;
   for (std::string_view bytes; kept.readBytes(4, bytes);) {
     std::uint32_t length = 0;
     std::memcpy(&length, bytes.data(), 4);
     if (length == 0 || length > kMostKeptName || !kept.readBytes(length, bytes)) break;
     if (names.indexOf(VEXName::intern(bytes)) + 1 != names.entries()) break;
   }
-  return nullptr;
 }
 
 VEXStatus VEXRecorderFile::seek(std::uint64_t offset) {

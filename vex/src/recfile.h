@@ -20,20 +20,20 @@ class VEXRecorderFile {
   VEXRecorderFile& operator=(const VEXRecorderFile&) = delete;
 
   // ---- writing ----
-  VEXStatus create();                        // 393361
+  VEXStatus create();  // 393361
   // 393362: it cannot be written. Severity 30, 393363: the record would end behind what an offset can tell.
   VEXStatus write(const VEXFeature& feature, VEXPersistentDictionary& names);
   VEXStatus finish(const VEXPersistentDictionary& names, std::uint32_t count);  // 393357, 393359, 393360, 393364
-  void discard();                            // takes the file away
+  void discard();                                                               // takes the file away
 
   // ---- reading ----
-  VEXStatus open();                          // 393365
+  VEXStatus open();  // 393365
   // 393358, 393366, 393367, 393369; 393376 not finished, 393377 no dictionary. With `recovers` whatever the header and
   // the dictionary fail to tell is taken from the file itself: `count` is then the most there can be.
   VEXStatus readHeader(VEXPersistentDictionary& names, std::uint32_t& count, bool recovers);
-  VEXStatus seek(std::uint64_t offset);      // 393373
+  VEXStatus seek(std::uint64_t offset);                                       // 393373
   VEXStatus read(VEXFeature& feature, const VEXPersistentDictionary& names);  // 393374, 879010
-  bool isRecovered() const { return isRecovered_; }    // the last readHeader found less than a whole file
+  bool isRecovered() const { return isRecovered_; }  // the last readHeader found less than a whole file
   std::uint64_t recordsEnd() const { return recordsEnd_; }
 
   std::uint64_t offset() const { return output_.isOpen() ? output_.offset() : input_.offset(); }
@@ -49,7 +49,7 @@ class VEXRecorderFile {
  private:
   VEXStatus writeFailure(std::uint32_t number) const;
   VEXStatus keepNames(const VEXPersistentDictionary& names);
-  VEXStatus recover(std::uint32_t offset, VEXPersistentDictionary& names);
+  void recover(std::uint32_t offset, VEXPersistentDictionary& names);
   std::string namesPath() const { return path_ + ".names"; }
 
   std::string path_;

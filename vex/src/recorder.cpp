@@ -89,7 +89,8 @@ VEXStatus VEXRecorder::write(const VEXFeature& feature, VEXRecordAddress& addres
 
 VEXStatus VEXRecorder::openNext() {
   std::string path = memberPath(basePath_, filesSoFar_);
-  if (filesSoFar_ > 0 && taken_ != nullptr && taken_->contains(path)) return makeStatus(kMemberTaken, {basePath_, path});
+  if (filesSoFar_ > 0 && taken_ != nullptr && taken_->contains(path))
+    return makeStatus(kMemberTaken, {basePath_, path});
   std::unique_ptr<VEXRecorderFile> file = makeFile(path);
   VEX_TRY(file->create());
   file_ = std::move(file);

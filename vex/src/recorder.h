@@ -74,7 +74,7 @@ class VEXRecorder {
   VEXStatus checkGap() const;
   void reportRecovered(std::string_view reason) const;
 
-  std::uint32_t recordCount_ = 0;  // written to or read from the file that is open
+  std::uint32_t recordCount_ = 0;   // written to or read from the file that is open
   std::uint32_t recordsThere_ = 0;  // in the file that is read, by its header
   std::unique_ptr<VEXPersistentDictionary> dictionary_;
   std::unique_ptr<VEXRecorderFile> file_;

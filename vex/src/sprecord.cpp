@@ -8,8 +8,8 @@
 
 #include "vex/inc/numtext.h"
 #include "vex/inc/vexassert.h"
-#include "vex/src/platform/platform.h"
 #include "vex/src/plangeom.h"
+#include "vex/src/platform/platform.h"
 #include "vex/src/vexline.h"
 
 namespace {
@@ -194,10 +194,9 @@ VEXStatus VEXSpatialRecorder::checkAddresses() {
   for (std::size_t at = 0; at < addresses_.size(); ++at) {
     const VEXRecordAddress& address = addresses_[at];
     const bool isFirst = at == 0 || addresses_[at - 1].fileNumber != address.fileNumber;
-    const bool isInOrder =
-        isFirst ? address.offset == VEXRecorderFile::kHeaderBytes &&
-                      address.fileNumber == (at == 0 ? 0 : addresses_[at - 1].fileNumber + 1)
-                : address.offset > addresses_[at - 1].offset;
+    const bool isInOrder = isFirst ? address.offset == VEXRecorderFile::kHeaderBytes &&
+                                         address.fileNumber == (at == 0 ? 0 : addresses_[at - 1].fileNumber + 1)
+                                   : address.offset > addresses_[at - 1].offset;
     if (!isInOrder || address.fileNumber >= ends.size() || address.offset >= ends[address.fileNumber])
       return notOfThisStore();
   }

@@ -16,7 +16,7 @@
 struct VEXSpatialQuery {
   std::vector<std::uint32_t> hits;  // places in the index's list of addresses, in the order of the store
   std::size_t next = 0;
-  RpBox box;                        // every feature found meets it
+  RpBox box;  // every feature found meets it
 };
 
 class VEXSpatialRecorder {
