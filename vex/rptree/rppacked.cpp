@@ -15,7 +15,9 @@ float roundedDown(double value) {
   return rounded > value ? std::nextafter(rounded, -kFar) : rounded;
 }
 
-float roundedUp(double value) { return -roundedDown(-value); }
+float roundedUp(double value) {
+  return -roundedDown(-value);
+}
 
 // The middle of a box on one axis, for ordering only.
 float placeOf(double low, double high) {
