@@ -37,9 +37,8 @@ VEXDissolver::VEXDissolver(bool isNoded, bool keepsInteriorLines)
 bool VEXDissolver::isArea(const VEXFeature& feature) {
   std::vector<VEXLineRange> ranges;
   if (VEXStatus failure = VEXLine::viewOf(feature).leaves(ranges)) return false;
-  return !ranges.empty() && feature.numCoords() > 0 && std::all_of(ranges.begin(), ranges.end(), [](const auto& range) {
-    return isAreaCode(range.code);
-  });
+  return !ranges.empty() && feature.numCoords() > 0 &&
+         std::all_of(ranges.begin(), ranges.end(), [](const auto& range) { return isAreaCode(range.code); });
 }
 
 VEXStatus VEXDissolver::add(const VEXFeature& feature, std::int32_t number) {
@@ -52,8 +51,7 @@ VEXStatus VEXDissolver::add(const VEXFeature& feature, std::int32_t number) {
         return makeStatus(kNotFinite, {realText(line.xs()[at]), realText(line.ys()[at])});
   hasZ_ = hasZ_ || line.hasZ();
   for (const VEXLineRange& range : ranges)
-    if (range.count > 0)
-      addArea(VEXLine::viewOf(line, range.first, range.first + range.count - 1, range.code), number);
+    if (range.count > 0) addArea(VEXLine::viewOf(line, range.first, range.first + range.count - 1, range.code), number);
   return nullptr;
 }
 

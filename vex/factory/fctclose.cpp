@@ -44,9 +44,9 @@ class CloseFactory final : public VEXFactory {
         {"Received " + countText(numPoints_, "input point feature") + ", " +
          countText(numBoundaries_, "boundary feature") + ", " + countText(numShared_, "shared boundary feature")});
     log(VEXSeverity::Stats, kSummary,
-        {"Output " + countText(numPolygons_, "polygon feature") + ", " +
-         countText(numUnused_, "unused point feature") + ", " + countText(numOpen_, "unclosed line segment feature") +
-         ", " + countText(numWithPoint_, "point-in-polygon feature") + ", and " +
+        {"Output " + countText(numPolygons_, "polygon feature") + ", " + countText(numUnused_, "unused point feature") +
+         ", " + countText(numOpen_, "unclosed line segment feature") + ", " +
+         countText(numWithPoint_, "point-in-polygon feature") + ", and " +
          countText(numPolygons_ - numWithPoint_, "polygon") + " containing no points, " +
          countText(numRejected_, "feature") + " rejected"});
     return extendStatus(VEXFactory::allDone());

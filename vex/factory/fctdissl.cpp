@@ -68,8 +68,7 @@ class PolygonDissolveFactory final : public VEXFactory {
     return extendStatus(held_.groups().parse(clause, kSecondGroupBy));
   }
   VEXStatus parseFields(const VEXClauseWords& clause, Gather gather) {
-    for (std::size_t at = 0; at < clause.count(); ++at)
-      fields_.push_back({VEXName::intern(clause.word(at)), gather});
+    for (std::size_t at = 0; at < clause.count(); ++at) fields_.push_back({VEXName::intern(clause.word(at)), gather});
     return nullptr;
   }
   VEXStatus parseSum(const VEXClauseWords& clause) { return extendStatus(parseFields(clause, Gather::Sum)); }
@@ -220,8 +219,7 @@ class PolygonDissolveFactory final : public VEXFactory {
       total.sums.assign(fields_.size(), 0.0);
       total.plainSums.assign(fields_.size(), 0.0);
     }
-    if (list_.isSet())
-      list_.addElement(*total.feature, member.table(), static_cast<std::size_t>(total.numMembers));
+    if (list_.isSet()) list_.addElement(*total.feature, member.table(), static_cast<std::size_t>(total.numMembers));
     ++total.numMembers;
     total.area += area;
     for (std::size_t at = 0; at < fields_.size(); ++at) {

@@ -157,8 +157,7 @@ class PolygonFactory final : public VEXFactory {
       VEX_TRY(form.openLines(lines, [this](VEXFeaturePtr& line) { return extendStatus(output("LINE", line)); }));
     numPolygons_ += polygons;
     numOpen_ += open;
-    log(VEXSeverity::Inform, kFormed,
-        {outcomeText(polygons, open, numRejected_ - rejectedBefore), submodel});
+    log(VEXSeverity::Inform, kFormed, {outcomeText(polygons, open, numRejected_ - rejectedBefore), submodel});
     return nullptr;
   }
 
