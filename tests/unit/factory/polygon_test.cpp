@@ -6,7 +6,7 @@ namespace {
 TEST(PolygonFactory, FormsPolygonsOfLines) {
   const std::string outputs = " OUTPUT POLYGON FEATURE_TYPE area OUTPUT LINE FEATURE_TYPE open";
   const std::string end = "Completed polygon formation on all submodels: ";
-  for (const std::string noding : {"END_NODED", "VERTEX_NODED"}) {
+  for (const std::string noding : {"END_NODED", "VERTEX_NODED", ""}) {
     check("PolygonFactory",
           {{noding + " GROUP_BY k" + outputs,
             {"a {k=x,n=1} line 0 0, 4 0", "a {k=y} line 4 4, 0 4, 0 0", "a {k=x} line 4 0, 4 4, 0 4, 0 0",
@@ -69,6 +69,15 @@ TEST(PolygonDissolveFactory, DissolvesPolygonsThatShareVertices) {
         "Dissolved 5 input polygons into 3 polygons"},
        {"VERTEX_NODED" + outputs, {"a polygon 0 0, nan 0, 1 1, 0 0"}, "", "Dissolved 1 input polygon into 0 polygons, "
         "0 features were no polygon, 1 polygon was rejected"}});
+  check("PolygonDissolveFactory",
+      {{"NOT_NODED SUM_FIELDS s DISSOLVE_COUNT_ATTRIBUTE c" +
+            outputs,
+        {"a {s=1} polygon 0 0, 0 4, 2 4, 2 0, 0 0", "a {s=2} polygon 2 1, 8 1, 8 3, 2 3, 2 1",
+         "b {s=x} polygon 10 0, 11 0, 11 1, 10 0", "c point 1 1"}, "", "Dis"},
+       {"GROUP_BY k" + outputs,
+        {"a {k=x} donut 0 0, 0 9, 9 9, 9 0, 0 0, 3 3, 6 3, 6 6, 3 6, 3 3", "a {k=x} polygon 4 4, 4 5, 5 5, 5 4, 4 4",
+         "a {k=y} polygon 0 0, 4 0, 4 4, 0 4, 0 0", "a {k=y} polygon 0 0, 4 0, 4 4, 0 4, 0 0", "a {k=y} polygon 2 2, 6 2, 6 6, 2 6, 2 2",
+         "a {k=z} polygon 0 0, 9 0, 9 9, 0 9, 0 0", "a {k=z} polygon 3 3, 4 3, 4 4, 3 3"}, "", "Dis"}});
   checkFaults("PolygonDissolveFactory", {{"GROUP_BY", 866001},
                                          {"GROUP_BY a GROUP_BY b", 866002},
                                          {"SUM_FIELDS", 866010},
@@ -81,7 +90,7 @@ TEST(CloseFactory, GivesPolygonsTheAttributesOfTheirPoints) {
   const std::string outputs = " OUTPUT POLYGON FEATURE_TYPE area OUTPUT LINE FEATURE_TYPE open";
   const std::string inputs =
       " INPUT INSIDE_POINT FEATURE_TYPE p INPUT BOUNDARY FEATURE_TYPE b INPUT SHARED_BOUNDARY FEATURE_TYPE s";
-  for (const std::string noding : {"END_NODED", "VERTEX_NODED"}) {
+  for (const std::string noding : {"END_NODED", "VERTEX_NODED", ""}) {
     for (const std::string& rows : {noding + outputs, noding + inputs + outputs}) {
       PipelineScope scope({"FACTORY_DEF K CloseFactory " + rows});
       EXPECT_EQ(scope.run({"p {name=A} point 1 1", "p {name=C} point 9 9", "p {name=D} point 2 1",
