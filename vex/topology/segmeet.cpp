@@ -6,42 +6,6 @@
 
 namespace {
 
-// Sum and product with their rounding errors: sum + error is exact.
-void exactSum(double a, double b, double& sum, double& error) {
-  sum = a + b;
-  const double bPart = sum - a;
-  error = (a - (sum - bPart)) + (b - bPart);
-}
-void exactProduct(double a, double b, double& product, double& error) {
-  product = a * b;
-  error = std::fma(a, b, -product);
-}
-
-// A sum of doubles without rounding: components do not overlap and grow in size, so the last one that is not zero has
-// the sign of all.
-class ExactSum {
- public:
-  void add(double value) {
-    for (int i = 0; i < count_; ++i) exactSum(value, parts_[i], value, parts_[i]);
-    parts_[count_++] = value;
-  }
-  void addProduct(double a, double b) {
-    double product, error;
-    exactProduct(a, b, product, error);
-    add(error);
-    add(product);
-  }
-  int sign() const {
-    for (int i = count_ - 1; i >= 0; --i)
-      if (parts_[i] != 0.0) return parts_[i] > 0.0 ? 1 : -1;
-    return 0;
-  }
-
- private:
-  double parts_[16];
-  int count_ = 0;
-};
-
 double smaller(double a, double b) {
   return a < b ? a : b;
 }
@@ -60,26 +24,6 @@ bool liesOn(double x, double y, const VEXSegment& s, double cross, double tolera
 }
 
 }  // namespace
-
-int orientation(double ax, double ay, double bx, double by, double cx, double cy) {
-  const double left = (ax - cx) * (by - cy);
-  const double right = (ay - cy) * (bx - cx);
-  const double cross = left - right;
-  if (std::fabs(cross) > 4e-16 * (std::fabs(left) + std::fabs(right))) return cross > 0.0 ? 1 : -1;
-  // (ax - cx) * (by - cy) - (ay - cy) * (bx - cx) with every difference as a pair of doubles.
-  double d[4][2];
-  exactSum(ax, -cx, d[0][0], d[0][1]);
-  exactSum(by, -cy, d[1][0], d[1][1]);
-  exactSum(ay, -cy, d[2][0], d[2][1]);
-  exactSum(bx, -cx, d[3][0], d[3][1]);
-  ExactSum sum;
-  for (int i = 0; i < 2; ++i)
-    for (int j = 0; j < 2; ++j) {
-      sum.addProduct(d[0][i], d[1][j]);
-      sum.addProduct(-d[2][i], d[3][j]);
-    }
-  return sum.sign();
-}
 
 double crossingOf(const VEXSegment& s, const VEXSegment& t, double& x, double& y) {
   VEXSegment a = s, b = t;

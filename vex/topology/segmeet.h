@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include "vex/topology/orient.h"
+
 struct VEXSegment {
   double x1, y1, x2, y2;
 };
@@ -21,9 +23,6 @@ struct VEXEndPair {
   bool secondEnd = false;
   bool isNarrow = false;   // a crossing at less than a thousandth of a right angle, or so
 };
-
-// +1 when c lies left of the line from a to b, -1 right, 0 on it; exact for all coordinates that do not overflow.
-int orientation(double ax, double ay, double bx, double by, double cx, double cy);
 
 // The point in which two segments cross that do. Gives how many times farther off it may be than a crossing at a clear
 // angle: it lies on both segments, but along them it is told the worse the narrower their angle is.
