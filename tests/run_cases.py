@@ -16,7 +16,7 @@ A case is one text file of sections. Text before the first section is a comment.
     === expect NAME         the text below is exactly what NAME holds
     === hexexpect NAME      the same, decoded as in hexfile
     === expect-absent NAME  there is no NAME
-    === command CMD         a shell command; {data} is tests/data. The case is skipped when its first word is missing
+    === command CMD         a shell command; {data} is tests/data, {orv} the program. The case is skipped when its first word is missing
     === output              what the command wrote to standard output, exactly
 
 After each run the directory for temporary files must be empty, and the exit value 0 or 255. A line end in front of a
@@ -111,7 +111,8 @@ class Case:
         if shutil.which(shlex.split(text)[0]) is None:
             print(f"{self.path}: skipped, there is no {shlex.split(text)[0]}")
             sys.exit(SKIPPED)
-        done = subprocess.run(text.replace("{data}", shlex.quote(self.data)), shell=True, cwd=self.directory,
+        text = text.replace("{data}", shlex.quote(self.data)).replace("{orv}", shlex.quote(self.orv))
+        done = subprocess.run(text, shell=True, cwd=self.directory,
                               env=self.environment, capture_output=True, timeout=TIMEOUT)
         self.output = done.stdout.decode("latin-1")
 

@@ -1,10 +1,12 @@
 #include "vex/factory/factory.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "vex/factory/pipeline.h"
 #include "vex/inc/numtext.h"
 #include "vex/internat/internat.h"
+#include "vex/src/featout.h"
 
 namespace {
 
@@ -15,6 +17,8 @@ constexpr std::uint32_t kShortInput = 859005;
 constexpr std::uint32_t kBadInputForm = 859006;
 constexpr std::uint32_t kUnknownInputTag = 859007;
 constexpr std::uint32_t kBadFactoryName = 859008;
+constexpr std::uint32_t kOutputRefused = 231032;
+constexpr VEXOutputFaults kOutputFaults{kBadOutputTag, kBadOutputTag, kUnknownClause};
 
 constexpr std::string_view kFeatureType = "FEATURE_TYPE";
 constexpr std::size_t kFirstClause = 3;  // behind FACTORY_DEF, keyword and class
@@ -92,11 +96,16 @@ VEXStatus VEXFactory::parseInput(const VEXClauseWords& clause) {
 
 VEXStatus VEXFactory::parseOutput(const VEXClauseWords& clause) {
   if (clause.count() < 3) return makeStatus(kShortOutput, {clause.keyword(), clause.lineText(), clause.clauseText()});
+  return extendStatus(addOutput(clause, kOutputFaults));
+}
+
+VEXStatus VEXFactory::addOutput(const VEXClauseWords& clause, const VEXOutputFaults& faults) {
   const std::string& tag = clause.word(0);
-  if (outputTagNames_.find(tag) == outputTagNames_.end() || hasOutput(tag))
-    return makeStatus(kBadOutputTag, {tag, clause.lineText(), clause.clauseText()});
+  if (outputTagNames_.find(tag) == outputTagNames_.end())
+    return makeStatus(faults.unknownTag, {tag, clause.lineText(), clause.clauseText()});
+  if (hasOutput(tag)) return makeStatus(faults.twice, {tag, clause.lineText(), clause.clauseText()});
   if (clause.word(1) != kFeatureType)
-    return makeStatus(kUnknownClause, {className_, clause.lineText(), clause.clauseText()});
+    return makeStatus(faults.noType, {className_, clause.lineText(), clause.clauseText()});
   auto spec = std::make_unique<VEXFeatureSpec>();
   VEX_TRY(clause.parseSpec(2, *spec));
   outputs_.emplace(tag, std::move(spec));
@@ -112,6 +121,7 @@ VEXStatus VEXFactory::processFeature(VEXFeaturePtr& feature) {
   if (feature == nullptr) return nullptr;  // a function of an INPUT clause deleted it
   if (!matched) return extendStatus(passBy(feature));
   if (trace_) extendTrace(*feature);
+  tookLate_ = allDone_;
   return extendStatus(process(feature));
 }
 
@@ -161,8 +171,12 @@ VEXStatus VEXFactory::output(std::string_view tag, VEXFeaturePtr& feature) {
   return feature == nullptr ? nullptr : extendStatus(sendOn(feature));
 }
 
+// A feature that is refused further down ends here: the others that this factory makes or holds go on.
 VEXStatus VEXFactory::sendOn(VEXFeaturePtr& feature) {
-  return extendStatus(next_ != nullptr ? next_->processFeature(feature) : pipeline_->emit(feature));
+  VEXStatus failure = next_ != nullptr ? next_->processFeature(feature) : pipeline_->emit(feature);
+  if (failure == nullptr || failure->severity() != kSeverityRejected) return extendStatus(std::move(failure));
+  dropRefused(kOutputRefused, *failure, feature);
+  return nullptr;
 }
 
 void VEXFactory::log(VEXSeverity severity, std::uint32_t number,
@@ -185,7 +199,12 @@ VEXStatus VEXFactory::finish() {
 VEXStatus VEXFactory::allDone() {
   allDone_ = true;
   VEX_TRY(flush(std::string()));
+  VEX_TRY(pipeline_->walk());
   return next_ == nullptr ? nullptr : extendStatus(next_->finish());
+}
+
+bool VEXFactory::takesLate() {
+  return std::exchange(tookLate_, false);
 }
 
 VEXStatus VEXFactory::flush(const std::string&) {

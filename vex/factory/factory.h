@@ -53,6 +53,14 @@ struct VEXClause {
   VEXStatus (Factory::*parse)(const VEXClauseWords& clause);
 };
 
+// Numbers of the faults of an OUTPUT clause, for classes that have their own. Parameters of the first two: tag, line
+// and clause; of the third: class, line and clause.
+struct VEXOutputFaults {
+  std::uint32_t unknownTag;
+  std::uint32_t twice;
+  std::uint32_t noType;
+};
+
 class VEXFactory {
  public:
   struct ClauseRule {
@@ -82,8 +90,13 @@ class VEXFactory {
 
   // One clause, from its keyword at `start` to its last token at `end`.
   virtual VEXStatus parseClause(const VEXStringVector& tokens, std::size_t start, std::size_t end);
-  // A class empties what it holds, logs its summary, and calls this one, which goes on to the next factory.
+  // A class empties what it holds by flush, logs its summary, and calls this one, which goes on to the next factory.
   virtual VEXStatus allDone();
+  // True once when features came after allDone, sent back by a factory further down; they are put out by flush.
+  bool takesLate();
+  // The end of a group of features; empty for all of them. A class that holds features puts them out here, and must
+  // be able to take features again afterwards.
+  virtual VEXStatus flush(const std::string& group);
 
   std::span<const ClauseRule> clauseRules() const { return clauseRules_; }
   const std::set<std::string, std::less<>>& inputTagNames() const { return inputTagNames_; }
@@ -92,7 +105,6 @@ class VEXFactory {
  protected:
   virtual VEXStatus process(VEXFeaturePtr& feature) = 0;  // takes the feature
   virtual VEXStatus start() { return nullptr; }           // before the first feature, or before the end without any
-  virtual VEXStatus flush(const std::string& group);      // the end of a group of features; empty for all of them
 
   // ---- for constructors ----
   template <class Factory, std::size_t count>
@@ -111,6 +123,8 @@ class VEXFactory {
   // Applies the tag's output specification and sends the feature on. Without one the feature is dropped.
   VEXStatus output(std::string_view tag, VEXFeaturePtr& feature);
   VEXStatus sendOn(VEXFeaturePtr& feature);  // unchanged
+  // The work of an OUTPUT <TAG> clause, for a class whose own clause table holds it.
+  VEXStatus addOutput(const VEXClauseWords& clause, const VEXOutputFaults& faults);
   // Logs a message behind "<factory name>(<class>): ".
   void log(VEXSeverity severity, std::uint32_t number, std::initializer_list<std::string_view> parameters) const;
   const std::string& matchedTag() const { return matchedTag_; }  // of the current feature; empty when untagged
@@ -148,6 +162,7 @@ class VEXFactory {
   std::string matchedTag_;
   bool isStarted_ = false;
   bool allDone_ = false;
+  bool tookLate_ = false;
   bool trace_ = false;
 };
 

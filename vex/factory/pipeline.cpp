@@ -1,7 +1,10 @@
 #include "vex/factory/pipeline.h"
 
+#include <algorithm>
+
 #include "vex/inc/numtext.h"
 #include "vex/src/creator.h"
+#include "vex/src/featout.h"
 #include "vex/src/vexconf.h"
 
 namespace {
@@ -10,6 +13,7 @@ constexpr std::uint32_t kFactoryMade = 53001;
 constexpr std::uint32_t kShortRow = 53002;
 constexpr std::uint32_t kNameTwice = 53003;
 constexpr std::uint32_t kTooManyFactories = 53004;
+constexpr std::uint32_t kOutputRefused = 231032;
 
 }  // namespace
 
@@ -46,6 +50,35 @@ VEXStatus VEXPipeline::addFactory(const VEXStringVector& row, std::size_t index)
 
 VEXStatus VEXPipeline::allDone() {
   return factories_.empty() ? nullptr : extendStatus(factories_.front()->finish());
+}
+
+// ---- detours ----
+
+bool VEXPipeline::sendTo(VEXFactory& target, VEXFeaturePtr& feature, std::int64_t mostExpected) {
+  if (isWalking_ && numDetours_ >= numBegun_ * std::max(kMostDetours, mostExpected)) return false;
+  ++numDetours_;
+  detours_.push_back({&target, std::move(feature)});
+  return true;
+}
+
+VEXStatus VEXPipeline::walk() {
+  if (detours_.empty()) return nullptr;
+  isWalking_ = true;
+  numBegun_ = static_cast<std::int64_t>(detours_.size());
+  numDetours_ = 0;
+  while (!detours_.empty()) {
+    Detour detour = std::move(detours_.front());
+    detours_.pop_front();
+    if (VEXStatus failure = detour.target->processFeature(detour.feature)) {
+      if (failure->severity() != kSeverityRejected) return extendStatus(std::move(failure));
+      dropRefused(kOutputRefused, *failure, detour.feature);
+    }
+    if (!detours_.empty()) continue;
+    for (const std::unique_ptr<VEXFactory>& factory : factories_)
+      if (factory->takesLate()) VEX_TRY(factory->flush(std::string()));
+  }
+  isWalking_ = false;
+  return nullptr;
 }
 
 VEXFeaturePtr VEXPipeline::getOutputFeature() {

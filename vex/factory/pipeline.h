@@ -31,18 +31,37 @@ class VEXPipeline {
   // Adds one factory at the end. 53003: its name is taken. 53004: too many.
   VEXStatus addFactory(const VEXStringVector& row, std::size_t index);
   VEXStatus processFeature(VEXFeaturePtr& feature) {
-    return factories_.empty() ? extendStatus(emit(feature)) : extendStatus(factories_.front()->processFeature(feature));
+    if (factories_.empty()) return extendStatus(emit(feature));
+    VEX_TRY(factories_.front()->processFeature(feature));
+    return detours_.empty() ? nullptr : extendStatus(walk());
   }
   VEXStatus allDone();                     // tells the factories, first to last, that the input has ended
   VEXFeaturePtr getOutputFeature();        // the next of the queue; null when it is empty
   VEXStatus emit(VEXFeaturePtr& feature);  // the way out of the last factory
   VEXFactory* find(const std::string& factoryName) const;  // null when there is none
+  // Keeps a feature for another factory of the chain, which gets it from walk(). False, and nothing is taken, when
+  // the features of this walk have been sent about too often: more than kMostDetours times, or `mostExpected` when
+  // that is more, for each feature that it began with.
+  bool sendTo(VEXFactory& target, VEXFeaturePtr& feature, std::int64_t mostExpected);
+  // Gives the kept features to their factories until none is left. What they send about meanwhile is kept, too: a
+  // feature that goes round in the chain is walked, and the calls do not nest. A factory that had been told of the end
+  // of input is flushed again.
+  VEXStatus walk();
   std::size_t entries() const { return factories_.size(); }
 
   static constexpr std::size_t kMostFactories = 1000;  // a feature goes down the chain by nested calls
+  static constexpr std::int64_t kMostDetours = 100'000;
 
  private:
+  struct Detour {
+    VEXFactory* target;
+    VEXFeaturePtr feature;
+  };
   std::vector<std::unique_ptr<VEXFactory>> factories_;
+  std::deque<Detour> detours_;
+  bool isWalking_ = false;
+  std::int64_t numBegun_ = 0;    // features that this walk began with
+  std::int64_t numDetours_ = 0;  // of this walk
   std::deque<VEXFeaturePtr> outputQueue_;
   VEXPipelineSink* sink_ = nullptr;
   std::string keyword_;

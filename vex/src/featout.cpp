@@ -66,3 +66,10 @@ void dumpFeature(const VEXFeature& feature, VEXSeverity severity, std::int64_t m
   dumpCoordinates(feature, severity, maxCoordinates);
   logMessage(severity, 219013);
 }
+
+void dropRefused(std::uint32_t number, const VEXStatusInfo& reason, VEXFeaturePtr& feature) {
+  constexpr std::int64_t kDumpedLines = 20;
+  logMessage(VEXSeverity::Warn, number, {reason.message()});
+  if (feature != nullptr) logFeature(*feature, VEXSeverity::Inform, kDumpedLines);
+  feature.reset();
+}

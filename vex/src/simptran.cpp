@@ -6,6 +6,7 @@
 #include "vex/inc/numtext.h"
 #include "vex/src/cmdrgstr.h"
 #include "vex/src/creator.h"
+#include "vex/src/featout.h"
 #include "vex/src/platform/platform.h"
 #include "vex/src/vexconf.h"
 #include "vex/src/vexlog.h"
@@ -51,13 +52,6 @@ constexpr std::size_t kStatsLine = 78;
 
 bool isRejection(const VEXStatus& failure) {
   return failure != nullptr && failure->severity() == kSeverityRejected;
-}
-
-// Lets go of a refused feature: the run goes on.
-void logRejection(std::uint32_t number, const VEXStatusInfo& reason, VEXFeaturePtr& feature) {
-  logMessage(VEXSeverity::Warn, number, {reason.message()});
-  if (feature != nullptr) logFeature(*feature, VEXSeverity::Inform, kDumpedLines);
-  feature.reset();
 }
 
 // What the pipeline gives its features to.
@@ -221,14 +215,14 @@ VEXStatus VEXSimpleTranslator::readAll(VEXPipeline& pipeline) {
     VEXFeaturePtr feature;
     if (VEXStatus failure = reader_->read(feature)) {
       if (!isRejection(failure)) return extendStatus(std::move(failure));
-      logRejection(kSourceRefused, *failure, feature);
+      dropRefused(kSourceRefused, *failure, feature);
       continue;
     }
     if (feature == nullptr) return nullptr;
     countFeature("Reading source feature # ", featuresRead_);
     if (VEXStatus failure = pipeline.processFeature(feature)) {
       if (!isRejection(failure)) return extendStatus(std::move(failure));
-      logRejection(kOutputRefused, *failure, feature);
+      dropRefused(kOutputRefused, *failure, feature);
     }
   }
 }

@@ -1,31 +1,9 @@
-// The factories that steer features: sampling, copying, testing, making from nothing.
+// The factories that steer features: sampling, copying, testing, making from nothing, branching, sorting.
 #include <gtest/gtest.h>
 
-#include "tests/unit/drivers.h"
+#include "tests/unit/factory/facttest.h"
 
 namespace {
-
-struct Row {
-  std::string clauses;
-  std::vector<std::string> features;
-  std::string result;   // what comes out, "#<number>" at its end for a failure while running
-  std::string summary;  // in the log
-};
-
-void check(const std::string& className, const std::vector<Row>& rows) {
-  for (const Row& row : rows) {
-    PipelineScope scope({"FACTORY_DEF K " + className + " " + row.clauses});
-    ASSERT_EQ(scope.defined(), 0U) << row.clauses;
-    EXPECT_EQ(scope.run(row.features), row.result) << row.clauses;
-    EXPECT_EQ(scope.engine.logged("f_0(" + className + "): " + row.summary), row.summary.empty() ? 0U : 1U)
-        << row.clauses;
-  }
-}
-
-void checkFaults(const std::string& className, const std::vector<std::pair<std::string, std::uint32_t>>& rows) {
-  for (const auto& [clauses, number] : rows)
-    EXPECT_EQ(PipelineScope({"FACTORY_DEF K " + className + " " + clauses}).defined(), number) << clauses;
-}
 
 TEST(SamplingFactory, KeepsEveryNth) {
   const std::vector<std::string> seven = {"a {n=1}", "a {n=2}", "a {n=3}", "b",
@@ -142,6 +120,116 @@ TEST(CreationFactory, GivesACoordinateSystemAndFeedsTheChain) {
     instances += *feature->findAttribute("creation_instance");
   }
   EXPECT_EQ(instances, "13");
+}
+
+TEST(BranchingFactory, RoutesAndCounts) {
+  const std::string outputs =
+      " OUTPUT PASSED FEATURE_TYPE yes OUTPUT FAILED FEATURE_TYPE no OUTPUT COUNT_EXCEEDED FEATURE_TYPE most";
+  check("BranchingFactory",
+        {{"TEST &n < 2" + outputs,
+          {"a {n=1}", "a {n=2}"},
+          "yes {n=1}; no {n=2}",
+          "Tested 2 input features -- 1 feature passed, 1 feature failed, 0 features exceeded maximum count."},
+         {"TEST 1 = 1 TARGET_FACTORY f_0 MAXIMUM_COUNT 2" + outputs,
+          {"a"},
+          "most {f_0.BranchingFactory.Count=3}",
+          "Tested 4 input features -- 3 features passed, 0 features failed, 1 feature exceeded maximum count."},
+         {"TEST 1 = 1 TARGET_FACTORY f_0 MAXIMUM_COUNT -1" + outputs, {"a {n=1}"}, "most {n=1}", "Tested 1 "},
+         {"TEST 1 = 1 TARGET_FACTORY f_0 FACTORY_NAME b" + outputs, {"a"}, "#359003", ""},
+         {"TEST 1 = 2 TARGET_FACTORY none" + outputs, {"a"}, "no", "Tested 1 "},
+         {"TEST 1 = 1 TARGET_FACTORY f_0" + outputs,
+          {"a"},
+          "most {f_0.BranchingFactory.Count=1001}",
+          "Tested 1002 input features"},
+         {"TARGET_FACTORY f_0", {"a"}, "#359005", ""},
+         {"TEST 1 ~ 1", {"a"}, "#359008", ""}});
+  checkFaults("BranchingFactory", {{"MAXIMUM_COUNT x", 359006}, {"MAXIMUM_COUNT 1.5", 359006}, {"TEST a", 359002}});
+}
+
+// Loops over other factories: a counter in the chain, one that holds its features, one whose feature forgets its
+// count, one that doubles its features.
+TEST(BranchingFactory, WalksLoops) {
+  const std::string back = "FACTORY_DEF K BranchingFactory FACTORY_NAME b INPUT FEATURE_TYPE a ";
+  const std::string outputs = " OUTPUT FAILED FEATURE_TYPE out @RemoveAttributes(b.BranchingFactory.Count)";
+  const std::string more = "FACTORY_DEF K TeeFactory FACTORY_NAME more INPUT FEATURE_TYPE a OUTPUT FEATURE_TYPE a ";
+  auto run = [](const std::vector<std::string>& rows, const std::vector<std::string>& features, std::size_t warnings) {
+    PipelineScope scope(rows);
+    const std::string out = scope.run(features);
+    EXPECT_EQ(scope.engine.logged("go round for ever"), warnings) << rows[0];
+    return out;
+  };
+  EXPECT_EQ(
+      run({more + "@SupplyAttributes(n,@Concatenate(&n,x))", back + "TEST &n != 1xxx TARGET_FACTORY more" + outputs},
+          {"a {n=1}", "a {n=1x}"}, 0),
+      "out {n=1xxx}; out {n=1xxx}");
+  EXPECT_EQ(run({"FACTORY_DEF K SortFactory FACTORY_NAME sort INPUT FEATURE_TYPE a SORT_BY n ALPHA "
+                 "OUTPUT SORTED FEATURE_TYPE a @SupplyAttributes(n,@Concatenate(x,&n))",
+                 back + "TEST &n != xxx1 TARGET_FACTORY sort" + outputs},
+                {"a {n=x1}", "a {n=1}"}, 0),
+            "out {n=xxx1}; out {n=xxx1}");
+  EXPECT_EQ(run({more + "@RemoveAttributes(b.BranchingFactory.Count)",
+                 back + "TEST 1 = 1 TARGET_FACTORY more OUTPUT COUNT_EXCEEDED FEATURE_TYPE most"},
+                {"a", "a"}, 1),
+            "most {b.BranchingFactory.Count=1}; most {b.BranchingFactory.Count=1}");
+  EXPECT_EQ(run({more + "OUTPUT FEATURE_TYPE a", back + "TEST 1 = 1 TARGET_FACTORY more MAXIMUM_COUNT 1000"}, {"a"}, 1),
+            "");
+}
+
+TEST(SortFactory, Sorts) {
+  const std::string output = " OUTPUT SORTED FEATURE_TYPE *";
+  const std::vector<std::string> numbers = {"a {n=10,t=x}", "a {n=9,t=x}", "a {n=,t=y}",
+                                            "a {n=-1,t=x}", "a {t=w}",     "a {n=z,t=x}"};
+  check("SortFactory",
+        {{"SORT_BY n NUMERIC" + output, numbers,
+          "a {n=-1, t=x}; a {n=, t=y}; a {t=w}; a {n=z, t=x}; a {n=9, t=x}; a {n=10, t=x}", "Sorted 6 input features"},
+         {"SORT_BY n NUMERIC SORT_DIRECTION DESCENDING" + output, numbers,
+          "a {n=10, t=x}; a {n=9, t=x}; a {n=, t=y}; a {t=w}; a {n=z, t=x}; a {n=-1, t=x}", "Sorted 6 input features"},
+         {"SORT_BY t ALPHA n ALPHA SORT_DIRECTION ASCENDING" + output, numbers,
+          "a {t=w}; a {n=-1, t=x}; a {n=10, t=x}; a {n=9, t=x}; a {n=z, t=x}; a {n=, t=y}", "Sorted 6 input features"},
+         {"SORT_BY t NAMES n NUMERIC" + output,
+          {"a {t=b}", "a {t=a,n=2}", "a {t=a,n=-1.5}"},
+          "a {n=-1.5, t=a}; a {n=2, t=a}; a {t=b}",
+          "Sorted 3 input features"},
+         {"SORT_BY t ALPHA n ALPHA" + output,
+          {"a {t=ab,n=c}", "a {t=a,n=zz}", "a {t=,n=y}", "a {n=x}"},
+          "a {n=x}; a {n=y, t=}; a {n=zz, t=a}; a {n=c, t=ab}",
+          "Sorted 4 input features"},
+         {"SORT_BY n NUMERIC INPUT FEATURE_TYPE a" + output,
+          {"a {n=2} line 0 0 1, 1 1 2", "b {n=0}", "a {n=1} aggregate 1 1, 5 6"},
+          "b {n=0}; a {n=1} aggregate 1 1, 5 6; a {n=2} line 0 0 1, 1 1 2",
+          "Sorted 2 input features"},
+         {"SORT_BY n NUMERIC", {"a"}, "", "Sorted 1 input feature"},
+         {output, {"a"}, "#49005", ""}});
+  checkFaults("SortFactory", {{"SORT_BY n", 49002},
+                              {"SORT_BY n NUMERIC t", 49002},
+                              {"SORT_BY n NUMERIC SORT_BY t ALPHA", 49003},
+                              {"SORT_DIRECTION UP", 49004}});
+}
+
+// A feature that is refused further down does not take the others with it.
+TEST(FactoryFlush, GoesOnAfterARefusedFeature) {
+  class Refusing final : public VEXPipelineSink {
+   public:
+    VEXStatus takeOutput(std::int32_t, const std::string&, VEXFeaturePtr& feature) override {
+      if (feature->attributeExists("refuse")) return makeRejection(236101, {"refused"});
+      ++taken;
+      feature.reset();
+      return nullptr;
+    }
+    int taken = 0;
+  } sink;
+  PipelineScope scope({"FACTORY_DEF K SortFactory SORT_BY n NUMERIC OUTPUT SORTED FEATURE_TYPE *",
+                       "FACTORY_DEF K TeeFactory OUTPUT FEATURE_TYPE * refuse 1 OUTPUT FEATURE_TYPE *"});
+  VEXPipeline pipeline;
+  pipeline.setSink(&sink);
+  ASSERT_EQ(numberOf(pipeline.configure("K")), 0U);
+  for (const char* text : {"a {n=2}", "a {n=1}"}) {
+    VEXFeaturePtr feature = makeFeature(text);
+    ASSERT_EQ(numberOf(pipeline.processFeature(feature)), 0U);
+  }
+  ASSERT_EQ(numberOf(pipeline.allDone()), 0U);
+  EXPECT_EQ(sink.taken, 2);
+  EXPECT_EQ(scope.engine.logged("A feature was refused on its way to the writer"), 2U);
 }
 
 }  // namespace
