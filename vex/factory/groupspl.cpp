@@ -1,8 +1,8 @@
 #include "vex/factory/groupspl.h"
 
-VEXStatus VEXGroupSpool::add(VEXFeaturePtr& feature) {
+VEXStatus VEXGroupSpool::add(VEXFeaturePtr& feature, std::size_t group) {
   key_.clear();
-  appendIndexKey(key_, groups_.indexOf(*feature));
+  appendIndexKey(key_, group);
   VEX_TRY(sorter_.add(*feature, key_));
   feature.reset();
   return nullptr;

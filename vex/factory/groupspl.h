@@ -13,11 +13,16 @@
 class VEXGroupSpool {
  public:
   VEXGroupTable& groups() { return groups_; }
+  const VEXGroupTable& groups() const { return groups_; }
   // Takes the feature. Fails as VEXFeatureSorter does.
-  VEXStatus add(VEXFeaturePtr& feature);
+  VEXStatus add(VEXFeaturePtr& feature) { return extendStatus(add(feature, groups_.indexOf(*feature))); }
+  // The same for a caller who numbers the groups, such as one that holds features of two kinds by the same groups.
+  VEXStatus add(VEXFeaturePtr& feature, std::size_t group);
   VEXStatus startReading();
   // Moves to the next group, whose members that have not been fetched are still in front; false at the end.
   bool nextGroup(std::size_t& index);
+  // In place of nextGroup: groups by rising number, those without features, too.
+  void enterGroup(std::size_t index) { group_ = index; }
   VEXStatus nextMember(VEXFeaturePtr& feature);  // null at the end of the group
   bool hasMember() const { return ahead_ != nullptr && aheadGroup_ == group_; }
   void clear();

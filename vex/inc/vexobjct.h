@@ -74,12 +74,14 @@ class VEXAttributeTable {
   // Scales the hash to the bucket count: a multiplication where a remainder would cost a division.
   std::size_t bucketOf(VEXName name) const { return (std::uint64_t{name.hash()} * buckets_.size()) >> 32; }
   bool isLive(std::int32_t at) const { return static_cast<std::size_t>(at) < used_; }
-  // Values of one column often have one length: then the bytes change and nothing else.
+  // Values of one column have much the same length: a short one that fits goes over the old one.
   static void replace(std::string& text, std::string_view value) {
-    if (text.size() != value.size() || value.size() > kShortText)
+    if (value.size() > text.size() || value.size() > kShortText) {
       text.assign(value);
-    else
-      wordscan::copyShort(text.data(), value.data(), value.size());
+      return;
+    }
+    wordscan::copyShort(text.data(), value.data(), value.size());
+    if (value.size() != text.size()) text.resize(value.size());
   }
   static constexpr std::size_t kShortText = 32;
   std::string& findOrAdd(VEXName name);

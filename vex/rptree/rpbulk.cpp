@@ -1,6 +1,6 @@
-// Bulk loading: the entries are cut in two, again and again, at the median of their lows on the axis where fewer
-// straddle, until each part fills a leaf. The parts lie in one array; what straddles is put into the second part, too,
-// over the end of the first, which is a leaf by then.
+// The nodes of a bulk-loaded tree: the entries are cut in two, again and again, at the median of their lows on the axis
+// where fewer straddle, until each part fills a leaf. The parts lie in one array; what straddles is put into the second
+// part, too, over the end of the first, which is a leaf by then.
 #include <cmath>
 #include <span>
 
@@ -190,6 +190,12 @@ void RpTree::bulkLoad(std::vector<RpEntry> entries) {
     if (entry.box.minY > entry.box.maxY) std::swap(entry.box.minY, entry.box.maxY);
   }
   growth_.inserted = growth_.copies = entries.size();
-  root_ = BulkLoader(entries, growth_).load();
-  hasGaps_ = !root_->holdsData();
+  root_.reset();
+  packed_ = std::make_unique<RpPacked>(entries);
+}
+
+std::unique_ptr<RpNode> RpTree::makeNodes(RpGrowth& growth) const {
+  std::vector<RpEntry> entries(packed_->numEntries());
+  for (std::size_t at = 0; at < entries.size(); ++at) entries[at] = packed_->entry(at);
+  return BulkLoader(entries, growth).load();
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "vex/rptree/rpnode.h"
+#include "vex/rptree/rppacked.h"
 
 // Identifiers found: ascending, each once, whatever the shape of the tree.
 using RpHits = std::vector<std::uint32_t>;
@@ -32,10 +33,11 @@ class RpTree {
   void searchContained(const RpBox& box, RpHits& hits) const;     // that lie in it
   void searchIntersecting(const RpBox& box, RpHits& hits) const;  // that have a point in common with it
 
-  bool isEmpty() const { return root_->numEntries() == 0 && wide_ == nullptr; }
-  const RpNode& root() const { return *root_; }
-  std::uint64_t numCopies() const { return growth_.copies; }  // data entries, those on both sides of a cut twice
-  int depth() const { return growth_.depth; }
+  bool isEmpty() const { return packed_ != nullptr ? packed_->numEntries() == 0 : root_->numEntries() == 0; }
+  const RpNode& root() const;  // of a bulk-loaded tree: made now
+  // Data entries of the leaves, those on both sides of a cut twice; of a bulk-loaded tree the boxes until root() is
+  // called.
+  std::uint64_t numCopies() const { return growth_.copies; }
 
   // The stored form, little-endian: kind u8, entry count u32; of a leaf ("L", "D") each entry as u32 identifier and
   // four doubles, minimum x and y, maximum x and y; otherwise ("I", "R") four doubles and the child in the same form.
@@ -44,8 +46,13 @@ class RpTree {
   bool restore(VEXByteCursor& bytes);
 
  private:
-  std::unique_ptr<RpNode> root_;
+  template <class Test>
+  void search(const RpBox& box, const Test& test, RpHits& hits) const;
+  std::unique_ptr<RpNode> makeNodes(RpGrowth& growth) const;
+
+  mutable std::unique_ptr<RpNode> root_;  // null: not made yet from packed_
   std::unique_ptr<RpNode> wide_;  // boxes that came when copies were too many, and would have gone to several leaves
-  RpGrowth growth_;
+  std::unique_ptr<RpPacked> packed_;  // null once boxes are inserted one by one
+  mutable RpGrowth growth_;
   bool hasGaps_ = false;  // bulk loaded or restored: the children do not fill their node's region
 };

@@ -12,6 +12,7 @@
 
 #include "vex/inc/statinfo.h"
 #include "vex/src/vexline.h"
+#include "vex/topology/piececut.h"
 #include "vex/topology/spatialgridcore.h"
 
 // The parameters of the grids, with the values used when a caller sets none. Values of 0 count as 1.
@@ -23,25 +24,6 @@ struct VEXIntersectorParms {
 
 // Called with per cent done, two decimals, every 250 coordinates of work and at the end.
 using VEXProgress = std::function<void(double percent)>;
-
-// A piece of a chain between two places where lines meet. What it shows is valid until the next call of nextPiece.
-struct VEXChainPiece {
-  VEXOrdinates xs;
-  VEXOrdinates ys;
-  VEXOrdinates zs;  // empty when the chain had no z
-  // The chains that run along the whole piece, the one that it was read from (above 0) first, then the others by
-  // rising number; negative: that chain runs the other way. A stretch that several chains hold comes once.
-  std::span<const std::int32_t> chainIds;
-  bool isWhole = false;  // the chain as it was added: nothing cut it and it shares nothing
-
-  std::size_t numCoords() const { return xs.size(); }
-  VEXPoint first() const { return at(0); }
-  VEXPoint last() const { return at(xs.size() - 1); }
-  VEXPoint at(std::size_t i) const { return {xs[i], ys[i], zs.empty() ? kNoZ : zs[i]}; }
-  bool isClosed() const { return xs.front() == xs.back() && ys.front() == ys.back(); }
-  // A line that owns its coordinates.
-  VEXLine toLine(std::uint32_t geomType = VEX_GEOM_LINE) const;
-};
 
 class VEXLineIntersector {
  public:

@@ -30,7 +30,7 @@ struct VEXPolygonOptions {
   bool removeSpikes = false;   // stretches that a line runs out and back
   // Arcs that join two parts of the graph and would have one polygon on both sides. Kept, a ring runs along them twice.
   bool removeCorridors = false;
-  std::function<void(double)> progress;  // percent done, two decimals
+  std::function<void(double)> progress = {};  // percent done, two decimals
 };
 
 // One ring of arcs, or several: 0 stands between them. A negative number: the arc is walked against its direction.
@@ -49,7 +49,7 @@ struct VEXTopologyBoundary {
 
 // A place where the graph is not plane: arcs that still cross or overlap make a face that is no polygon.
 struct VEXTopologyFault {
-  std::uint32_t number = 0;  // 328006 or 328007
+  std::uint32_t number = 0;  // 328005
   double x = 0.0;            // a coordinate of the face: its lowest
   double y = 0.0;
   std::vector<std::int32_t> arcs;  // ids of the arcs around the face, ascending; each once
@@ -98,7 +98,7 @@ class VEXTopology {
   // Takes an arc out. 320001: no such arc; 320002: it is out already.
   VEXStatus removeArc(std::int32_t id);
   // A flagged node is no pseudo-node.
-  void setNodeFlag(std::int32_t node, bool flag);
+  void setNodeFlag(std::int32_t node, bool flag) { nodes_.setFlag(node, flag); }
 
   // ---- asking ----
   int dimension() const { return dimension_; }            // 0 before the first line
@@ -110,7 +110,7 @@ class VEXTopology {
   VEXTopologyNode node(std::int32_t id);
   // The lines that gave an arc, in the order of arrival.
   void uses(std::int32_t arc, std::vector<VEXArcUse>& found) const { arcs_.uses(arc, found); }
-  // Between which two arc ends of the node a point lies: after this position, before the next one around. 323007: the
+  // Between which two arc ends of the node a point lies: after this position, before the next one around. 323008: the
   // node has no arcs.
   VEXStatus sectorOf(std::int32_t node, double x, double y, std::size_t& position);
   // The arc end that follows in the walk with the polygon on the right: the next one counter-clockwise at the node
@@ -118,24 +118,29 @@ class VEXTopology {
   VEXStatus nextArc(std::int32_t signedArc, std::int32_t& next);
 
   // ---- building ----
-  // May be called again after removeArc. 328005: not enough memory.
+  // Merges, removals and the numbers of left and right polygons stay. May be called again, after removeArc, say.
+  // 328004: no room for the coordinates of merged arcs.
   VEXStatus buildPolygons(VEXTopologyResult& output, const VEXPolygonOptions& options = {});
 
  private:
   friend class VEXFaceWalk;
-  VEXStatus addPart(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t userId,
-                    std::span<const std::int32_t> attributes, VEXLineOutcome& outcome);
-  VEXStatus addRun(std::size_t first, std::size_t count, std::int32_t userId, std::span<const std::int32_t> attributes,
-                   VEXLineOutcome& outcome);
+  friend class VEXArcPolyTopology;  // keeps rings that nothing cuts in one arc
+  VEXStatus prepare(std::size_t numCoords, bool hasZ);
+  void addPart(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t userId,
+               std::span<const std::int32_t> attributes, VEXLineOutcome& outcome);
+  void addArc(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t userId,
+              std::span<const std::int32_t> attributes, VEXLineOutcome& outcome);
   void orderEnds();  // arc ends of every node in rotational order, and what follows what
+  void orderNode(std::size_t node);
 
   int mode_;
+  std::size_t sizeHint_;
   int dimension_ = 0;
   VEXTopologyNodeIndex nodes_;
   VEXTopologyArcIndex arcs_;
   std::vector<double> partX_, partY_, partZ_;  // the part that is being added, without points that stand twice
   bool isOrdered_ = false;
   std::vector<std::uint32_t> endStart_;  // per node: where its arc ends begin in ends_
-  std::vector<std::uint32_t> ends_;      // half edges by the node that they leave, counter-clockwise
-  std::vector<std::uint32_t> next_;      // per half edge: the one that follows around the face on its right
+  std::vector<std::uint32_t> ends_;  // half edges by the node that they leave, counter-clockwise; the east comes last
+  std::vector<std::uint32_t> next_;  // per half edge: the one that follows around the face on its right
 };

@@ -113,10 +113,7 @@ void checkShape(const RpNode& node, bool isRoot, bool siblingsApart) {
     for (std::size_t other = 0; siblingsApart && other < at; ++other) {
       const bool overlap = boxes[at].minX < boxes[other].maxX && boxes[other].minX < boxes[at].maxX &&
                            boxes[at].minY < boxes[other].maxY && boxes[other].minY < boxes[at].maxY;
-      ASSERT_FALSE(overlap) << at << " and " << other << " of " << boxes.size() << ": " << boxes[at].minX << " "
-                            << boxes[at].minY << " " << boxes[at].maxX << " " << boxes[at].maxY << ", "
-                            << boxes[other].minX << " " << boxes[other].minY << " " << boxes[other].maxX << " "
-                            << boxes[other].maxY;
+      ASSERT_FALSE(overlap) << at << " and " << other;
     }
     checkShape(node.child(at), false, siblingsApart);
   }
@@ -154,6 +151,7 @@ TEST(RpTree, AnswersAsAScanDoes) {
       SCOPED_TRACE(what);
       checkShape(grown.root(), true, kind != Kind::Odd && kind != Kind::Wide && kind != Kind::Nested);
       checkShape(loaded.root(), true, true);
+      EXPECT_GE(loaded.numCopies(), count);
       EXPECT_LE(loaded.numCopies(), 2 * count);
       EXPECT_LE(grown.numCopies(), 5 * count + 5000);
 

@@ -1,6 +1,8 @@
 // Attributes: the table and its compaction, sequence, lists, numbers in texts.
 #include <gtest/gtest.h>
 
+#include <charconv>
+#include <cmath>
 #include <random>
 
 #include "vex/inc/numtext.h"
@@ -149,6 +151,27 @@ TEST(NumberText, Reals) {
   EXPECT_TRUE(textToReal(" 1e3 ", value));
   EXPECT_EQ(value, 1000.0);
   for (const char* text : {"", "1x", "--1", "1 2"}) EXPECT_FALSE(textToReal(text, value)) << text;
+}
+
+// Fifteen digits as the standard library gives them: values near powers of ten, halves in the last place, whole
+// numbers, small and large ones.
+TEST(Numbers, RealsAreTheTextsOfFifteenDigits) {
+  std::mt19937_64 random(7);
+  const auto power = [](std::uint64_t exponent) { return std::pow(10.0, static_cast<double>(exponent) - 5.0); };
+  for (int i = 0; i < 400000; ++i) {
+    const double sign = random() % 2 == 0 ? 1.0 : -1.0;
+    const auto any = static_cast<double>(random() >> 11) * 0x1p-53;
+    const double near = 1.0 + (static_cast<double>(random() % 9) - 4.0) * 0x1p-52;
+    const auto whole = static_cast<double>(random() % 1'000'000'000'000'000);
+    const double values[] = {sign * any * power(random() % 23), sign * near * power(random() % 23),
+                             sign * (whole + static_cast<double>(random() % 16) / 16.0),
+                             sign * static_cast<double>(random() % 1'000'000'000) / 1000.0};
+    for (const double value : values) {
+      char text[64];
+      const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, 15).ptr;
+      ASSERT_EQ(realText(value), std::string(text, end));
+    }
+  }
 }
 
 // A table that is emptied and filled again, mostly with the names of the time before, is as good as a new one:

@@ -1,0 +1,468 @@
+// Noding: random cases against a plain comparison of all pairs, the cases with a name, and input that is out to break it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <random>
+#include <set>
+#include <sstream>
+
+#include "vex/topology/lineintersector.h"
+#include "vex/topology/segmeet.h"
+
+namespace {
+
+using Points = std::vector<std::pair<double, double>>;
+
+VEXLine lineOf(const Points& points, std::uint32_t code = VEX_GEOM_LINE) {
+  std::vector<double> x, y;
+  for (const auto& [px, py] : points) {
+    x.push_back(px);
+    y.push_back(py);
+  }
+  return VEXLine(std::move(x), std::move(y), code);
+}
+
+struct Piece {
+  Points points;
+  std::vector<std::int32_t> ids;
+  bool operator==(const Piece&) const = default;
+};
+
+// All pieces of these lines; lines that are refused make the test fail.
+std::vector<Piece> node(const std::vector<Points>& lines, std::size_t maxVertices = 0,
+                        const VEXIntersectorParms& parms = {}) {
+  VEXLineIntersector intersector(parms);
+  for (const Points& points : lines) EXPECT_EQ(intersector.addLine(lineOf(points), 0), nullptr);
+  EXPECT_EQ(intersector.computeIntersections(), nullptr);
+  EXPECT_EQ(intersector.numUnresolved(), 0U);
+  std::vector<Piece> pieces;
+  VEXChainPiece piece;
+  while (intersector.nextPiece(piece, maxVertices)) {
+    pieces.emplace_back();
+    for (std::size_t i = 0; i < piece.numCoords(); ++i) pieces.back().points.emplace_back(piece.xs[i], piece.ys[i]);
+    pieces.back().ids.assign(piece.chainIds.begin(), piece.chainIds.end());
+  }
+  return pieces;
+}
+
+std::string textOf(const std::vector<Piece>& pieces) {
+  std::ostringstream out;
+  for (const Piece& piece : pieces) {
+    for (std::size_t i = 0; i < piece.ids.size(); ++i) out << (i == 0 ? "" : ",") << piece.ids[i];
+    out << ":";
+    for (const auto& [x, y] : piece.points) out << ' ' << x << ' ' << y;
+    out << "; ";
+  }
+  return out.str();
+}
+
+// ---- the plain answer: every segment cut at every meeting with any other, found with long doubles ----
+
+using Key = std::pair<long long, long long>;
+Key keyOf(long double x, long double y) {
+  return {std::llround(x * 987654.321987L), std::llround(y * 987654.321987L)};  // no grid point lies between two keys
+}
+
+struct Graph {
+  std::map<std::pair<Key, Key>, std::set<std::int32_t>> edges;  // from the lower key to the higher; signed chains
+  std::map<Key, std::set<Key>> around;
+  void add(Key from, Key to, std::int32_t chain) {
+    if (from == to) return;
+    if (from < to)
+      edges[{from, to}].insert(chain);
+    else
+      edges[{to, from}].insert(-chain);
+    around[from].insert(to);
+    around[to].insert(from);
+  }
+  std::set<std::int32_t> chainsOn(Key from, Key to) const {
+    const auto at = edges.find(std::minmax(from, to));
+    std::set<std::int32_t> chains;
+    if (at == edges.end()) return chains;
+    for (std::int32_t id : at->second) chains.insert(from < to ? id : -id);
+    return chains;
+  }
+  // Nothing ends where one course passes and the same chains with it.
+  bool isPassed(Key before, Key here, Key after) const {
+    const auto at = around.find(here);
+    return at != around.end() && at->second.size() == 2 && chainsOn(before, here) == chainsOn(here, after);
+  }
+};
+
+Graph plainGraph(const std::vector<Points>& lines) {
+  struct Segment {
+    long double x1, y1, x2, y2;
+    std::int32_t chain;
+  };
+  std::vector<Segment> segments;
+  for (std::size_t c = 0; c < lines.size(); ++c)
+    for (std::size_t i = 0; i + 1 < lines[c].size(); ++i)
+      segments.push_back({lines[c][i].first, lines[c][i].second, lines[c][i + 1].first, lines[c][i + 1].second,
+                          static_cast<std::int32_t>(c + 1)});
+  Graph graph;
+  for (const Segment& s : segments) {
+    const long double dx = s.x2 - s.x1, dy = s.y2 - s.y1, square = dx * dx + dy * dy;
+    if (square == 0) continue;
+    std::vector<long double> cuts = {0, 1};
+    for (const Segment& t : segments) {
+      const long double ex = t.x2 - t.x1, ey = t.y2 - t.y1;
+      if (ex == 0 && ey == 0) continue;  // a point cuts nothing
+      const long double turn = dx * ey - dy * ex;
+      for (const auto& [x, y] : {std::pair(t.x1, t.y1), std::pair(t.x2, t.y2)})
+        if (std::fabs((x - s.x1) * dy - (y - s.y1) * dx) < 1e-12L * square)
+          cuts.push_back(((x - s.x1) * dx + (y - s.y1) * dy) / square);
+      if (std::fabs(turn) < 1e-15L) continue;
+      const long double part = ((t.x1 - s.x1) * ey - (t.y1 - s.y1) * ex) / turn;
+      const long double other = ((t.x1 - s.x1) * dy - (t.y1 - s.y1) * dx) / turn;
+      if (other > -1e-12L && other < 1 + 1e-12L) cuts.push_back(part);
+    }
+    std::sort(cuts.begin(), cuts.end());
+    Key last = keyOf(s.x1, s.y1);
+    for (long double cut : cuts)
+      if (cut > 0 && cut <= 1) {
+        const Key here = cut == 1 ? keyOf(s.x2, s.y2) : keyOf(s.x1 + cut * dx, s.y1 + cut * dy);
+        graph.add(last, here, s.chain);
+        last = here;
+      }
+  }
+  return graph;
+}
+
+// Compares pieces with the plain answer: the same edges with the same chains, each once; pieces that end where
+// something ends, and only there.
+void compareWithPlain(const std::vector<Points>& lines, const std::vector<Piece>& pieces) {
+  const Graph plain = plainGraph(lines);
+  Graph made;
+  std::set<Key> ends;  // where chains end, or turn back on themselves
+  for (const Points& line : lines) {
+    for (const auto& [x, y] : {line.front(), line.back()}) ends.insert(keyOf(x, y));
+    for (std::size_t i = 1; i + 1 < line.size(); ++i)
+      if (orientation(line[i - 1].first, line[i - 1].second, line[i].first, line[i].second, line[i + 1].first,
+                      line[i + 1].second) == 0)
+        ends.insert(keyOf(line[i].first, line[i].second));
+  }
+  for (const Piece& piece : pieces) {
+    std::vector<Key> keys;
+    for (const auto& [x, y] : piece.points)
+      if (keys.empty() || keys.back() != keyOf(x, y)) keys.push_back(keyOf(x, y));  // what nothing touches is left as it is
+    for (std::size_t i = 0; i + 1 < keys.size(); ++i) {
+      ASSERT_EQ(made.edges.count(std::minmax(keys[i], keys[i + 1])), 0U) << "an edge was given twice";
+      for (std::int32_t id : piece.ids)
+        if (id > 0)
+          made.add(keys[i], keys[i + 1], id);
+        else
+          made.add(keys[i + 1], keys[i], -id);
+      if (i > 0) {
+        ASSERT_TRUE(plain.isPassed(keys[i - 1], keys[i], keys[i + 1])) << "a piece runs past a break";
+      }
+    }
+    ASSERT_GT(piece.ids[0], 0);
+  }
+  ASSERT_EQ(made.edges, plain.edges);
+  for (const Piece& piece : pieces)
+    for (const auto& [x, y] : {piece.points.front(), piece.points.back()}) {
+      const Key here = keyOf(x, y);
+      const auto at = plain.around.find(here);
+      if (at == plain.around.end() || at->second.size() != 2 || ends.count(here) != 0) continue;
+      ASSERT_FALSE(plain.isPassed(*at->second.begin(), here, *at->second.rbegin())) << "a piece ends at nothing";
+    }
+}
+
+// No two segments of the pieces meet but at ends that are equal bit for bit, told without rounding.
+void checkNoded(const std::vector<Piece>& pieces) {
+  std::vector<VEXSegment> parts;
+  for (const Piece& piece : pieces)
+    for (std::size_t i = 0; i + 1 < piece.points.size(); ++i)
+      if (piece.points[i] != piece.points[i + 1])
+        parts.push_back({piece.points[i].first, piece.points[i].second, piece.points[i + 1].first,
+                         piece.points[i + 1].second});
+  auto isEnd = [](const VEXSegment& s, double x, double y) {
+    return (s.x1 == x && s.y1 == y) || (s.x2 == x && s.y2 == y);
+  };
+  auto isOn = [&](const VEXSegment& s, double x, double y) {
+    return !isEnd(s, x, y) && orientation(s.x1, s.y1, s.x2, s.y2, x, y) == 0 && x >= std::min(s.x1, s.x2) &&
+           x <= std::max(s.x1, s.x2) && y >= std::min(s.y1, s.y2) && y <= std::max(s.y1, s.y2);
+  };
+  for (std::size_t i = 0; i < parts.size(); ++i)
+    for (std::size_t j = 0; j < i; ++j) {
+      const VEXSegment &s = parts[i], &t = parts[j];
+      if (std::max(s.x1, s.x2) < std::min(t.x1, t.x2) || std::max(t.x1, t.x2) < std::min(s.x1, s.x2) ||
+          std::max(s.y1, s.y2) < std::min(t.y1, t.y2) || std::max(t.y1, t.y2) < std::min(s.y1, s.y2))
+        continue;
+      const int a = orientation(s.x1, s.y1, s.x2, s.y2, t.x1, t.y1) * orientation(s.x1, s.y1, s.x2, s.y2, t.x2, t.y2);
+      const int b = orientation(t.x1, t.y1, t.x2, t.y2, s.x1, s.y1) * orientation(t.x1, t.y1, t.x2, t.y2, s.x2, s.y2);
+      ASSERT_FALSE(a < 0 && b < 0) << "segments cross";
+      ASSERT_FALSE(isOn(s, t.x1, t.y1) || isOn(s, t.x2, t.y2) || isOn(t, s.x1, s.y1) || isOn(t, s.x2, s.y2))
+          << "an end lies on a segment";
+      ASSERT_FALSE(isEnd(s, t.x1, t.y1) && isEnd(s, t.x2, t.y2)) << "a segment came twice";
+    }
+}
+
+std::vector<Points> randomLines(std::mt19937& random, int numLines, int maxPoints, int grid, double scale,
+                                double offset) {
+  std::vector<Points> lines(static_cast<std::size_t>(numLines));
+  for (Points& line : lines) {
+    const int count = 2 + static_cast<int>(random() % static_cast<unsigned>(maxPoints - 1));
+    for (int i = 0; i < count; ++i) {
+      const double x = grid > 0 ? random() % static_cast<unsigned>(grid + 1) : random() / 4294967296.0;
+      const double y = grid > 0 ? random() % static_cast<unsigned>(grid + 1) : random() / 4294967296.0;
+      line.emplace_back(offset + scale * x, offset + scale * y);
+    }
+    if (random() % 4 == 0) line.push_back(line.front());
+    if (random() % 8 == 0) line.insert(line.begin() + 1, line.front());
+  }
+  if (numLines > 1 && random() % 3 == 0) {
+    lines[1] = lines[0];
+    if (random() % 2 == 0) std::reverse(lines[1].begin(), lines[1].end());
+  }
+  return lines;
+}
+
+std::string describeLines(const std::vector<Points>& lines) {
+  std::ostringstream out;
+  out.precision(17);
+  for (const Points& line : lines) {
+    for (const auto& [x, y] : line) out << x << ' ' << y << ", ";
+    out << '\n';
+  }
+  return out.str();
+}
+
+constexpr unsigned kSeed = 20260117;
+
+}  // namespace
+
+TEST(LineIntersector, AgreesWithAllPairs) {
+  VEXIntersectorParms small;  // makes grids of grids of so few lines
+  small.grid = {3, 2, 5, 2};
+  small.subGrid = {2, 3, 5, 2};
+  small.subGridBruteForce = 4;
+  for (unsigned round = 0; round < 6000; ++round) {
+    std::mt19937 random(kSeed + round);
+    const int grid = round % 3 == 2 ? 0 : 2 + static_cast<int>(random() % 6);
+    const std::vector<Points> lines =
+        randomLines(random, 1 + static_cast<int>(random() % 6), 7, grid, 1.0, 0.0);
+    const std::vector<Piece> pieces = node(lines, 0, round % 2 == 0 ? VEXIntersectorParms{} : small);
+    SCOPED_TRACE("seed " + std::to_string(kSeed + round) + "\n" + describeLines(lines) + textOf(pieces));
+    ASSERT_NO_FATAL_FAILURE(compareWithPlain(lines, pieces));
+    ASSERT_NO_FATAL_FAILURE(checkNoded(pieces));
+  }
+}
+
+// Where coordinates are large, small or close, points are drawn together; what comes out is noded all the same, and
+// noding it again changes nothing.
+TEST(LineIntersector, IsNodedAtEveryScale) {
+  struct Row {
+    double scale, offset;
+    int grid;
+  };
+  for (const Row& row : {Row{1e-6, 0, 0}, Row{1e-6, 0, 5}, Row{3e6, 1e7, 0}, Row{100, 1e7, 0}, Row{5, 1e7, 7}, Row{1, 5e6, 0},
+                         Row{1e-3, 4.5e6, 0}, Row{1e-7, 1e7, 9}, Row{1e-6, 180, 0}, Row{1e60, 0, 0}, Row{1e-9, 1, 0}}) {
+    for (unsigned round = 0; round < 150; ++round) {
+      std::mt19937 random(kSeed + round);
+      const std::vector<Points> lines =
+          randomLines(random, 2 + static_cast<int>(random() % 9), 8, row.grid, row.scale, row.offset);
+      const std::vector<Piece> pieces = node(lines);
+      SCOPED_TRACE("seed " + std::to_string(kSeed + round) + " scale " + std::to_string(row.scale) + " offset " +
+                   std::to_string(row.offset) + "\n" + describeLines(lines));
+      ASSERT_NO_FATAL_FAILURE(checkNoded(pieces));
+      ASSERT_EQ(node(lines), pieces);
+    }
+  }
+}
+
+TEST(LineIntersector, CutsTheCasesWithAName) {
+  struct Row {
+    const char* name;
+    std::vector<Points> lines;
+    const char* pieces;
+  };
+  const Row rows[] = {
+      {"a crossing", {{{0, 0}, {2, 2}}, {{0, 2}, {2, 0}}},
+       "1: 0 0 1 1; 1: 1 1 2 2; 2: 0 2 1 1; 2: 1 1 2 0; "},
+      {"a shared end", {{{0, 0}, {1, 1}}, {{1, 1}, {2, 0}}}, "1: 0 0 1 1; 2: 1 1 2 0; "},
+      {"a touch", {{{0, 0}, {4, 0}}, {{2, 0}, {2, 3}}}, "1: 0 0 2 0; 1: 2 0 4 0; 2: 2 0 2 3; "},
+      {"one vertical line", {{{0, 0}, {0, 5}}}, "1: 0 0 0 5; "},
+      {"nothing meets", {{{0, 0}, {1, 0}, {1, 0}, {2, 5}}, {{9, 9}, {8, 9}}}, "1: 0 0 1 0 1 0 2 5; 2: 9 9 8 9; "},
+      {"a ring alone", {{{0, 0}, {2, 0}, {2, 2}, {0, 0}}}, "1: 0 0 2 0 2 2 0 0; "},
+      {"a ring that is cut wraps", {{{0, 0}, {4, 0}, {4, 4}, {0, 4}, {0, 0}}, {{-1, 2}, {5, 2}}},
+       "1: 4 2 4 4 0 4 0 2; 1: 0 2 0 0 4 0 4 2; 2: -1 2 0 2; 2: 0 2 4 2; 2: 4 2 5 2; "},
+      {"a ring touched in one point", {{{0, 0}, {4, 0}, {4, 4}, {0, 0}}, {{4, 2}, {6, 2}}},
+       "1: 4 2 4 4 0 0 4 0 4 2; 2: 4 2 6 2; "},
+      {"a ring touched in its start", {{{0, 0}, {4, 0}, {4, 4}, {0, 0}}, {{0, 0}, {-1, -2}}},
+       "1: 0 0 4 0 4 4 0 0; 2: 0 0 -1 -2; "},
+      {"identical lines", {{{0, 0}, {1, 0}, {2, 3}}, {{0, 0}, {1, 0}, {2, 3}}}, "1,2: 0 0 1 0 2 3; "},
+      {"a reversed twin", {{{0, 0}, {1, 0}, {2, 3}}, {{2, 3}, {1, 0}, {0, 0}}}, "1,-2: 0 0 1 0 2 3; "},
+      {"three of one course", {{{0, 0}, {1, 0}, {2, 3}}, {{2, 3}, {1, 0}, {0, 0}}, {{0, 0}, {1, 0}, {2, 3}}},
+       "1,-2,3: 0 0 1 0 2 3; "},
+      {"a partial overlap", {{{0, 0}, {4, 0}}, {{6, 0}, {2, 0}}}, "1: 0 0 2 0; 1,-2: 2 0 4 0; 2: 6 0 4 0; "},
+      {"one inside the other", {{{0, 0}, {6, 0}}, {{2, 0}, {3, 0}}}, "1: 0 0 2 0; 1,2: 2 0 3 0; 1: 3 0 6 0; "},
+      {"an overlap with fewer vertices", {{{0, 0}, {1, 0}, {2, 0}, {2, 1}}, {{0, 0}, {2, 0}, {2, 1}}},
+       "1,2: 0 0 1 0 2 0 2 1; "},
+      {"rings side by side", {{{0, 0}, {2, 0}, {2, 2}, {0, 2}, {0, 0}}, {{2, 0}, {4, 0}, {4, 2}, {2, 2}, {2, 0}}},
+       "1,-2: 2 0 2 2; 1: 2 2 0 2 0 0 2 0; 2: 2 0 4 0 4 2 2 2; "},
+      {"equal rings from other starts", {{{0, 0}, {2, 0}, {2, 2}, {0, 0}}, {{2, 0}, {0, 0}, {2, 2}, {2, 0}}},
+       "1,-2: 0 0 2 0 2 2 0 0; "},
+      {"a line that crosses itself", {{{0, 0}, {4, 4}, {4, 0}, {0, 4}}},
+       "1: 0 0 2 2; 1: 2 2 4 4 4 0 2 2; 1: 2 2 0 4; "},
+      {"a figure eight in a vertex", {{{0, 0}, {2, 2}, {4, 0}, {4, 4}, {2, 2}, {0, 4}, {0, 0}}},
+       "1: 2 2 4 0 4 4 2 2; 1: 2 2 0 4 0 0 2 2; "},
+      {"a spike", {{{0, 0}, {4, 0}, {1, 0}, {1, 3}}}, "1: 0 0 1 0; 1,-1: 1 0 4 0; 1: 1 0 1 3; "},
+      {"there and back", {{{0, 0}, {4, 0}, {0, 0}}}, "1,-1: 0 0 4 0; "},
+      {"once round and round again", {{{0, 0}, {2, 0}, {2, 2}, {0, 0}, {2, 0}, {2, 2}, {0, 0}}}, "1: 0 0 2 0 2 2 0 0; "},
+      {"points and nothing", {{{1, 1}}, {}, {{0, 0}, {2, 2}}, {{5, 5}, {5, 5}}}, "1: 1 1; 3: 0 0 2 2; 4: 5 5 5 5; "},
+      {"repeated coordinates in a meeting", {{{0, 0}, {1, 0}, {1, 0}, {2, 0}}, {{1, 0}, {1, 2}}},
+       "1: 0 0 1 0; 1: 1 0 2 0; 2: 1 0 1 2; "},
+  };
+  for (const Row& row : rows) EXPECT_EQ(textOf(node(row.lines)), row.pieces) << row.name;
+}
+
+TEST(LineIntersector, VertexMovesToACrossingThatIsEqualInSinglePrecision) {
+  // Near 2^23 a single has steps of 1: the crossing at ...8.25 is the vertex at ...8 there, and its neighbour keeps up.
+  const double x = 8388708.0, y = 8388708.0;
+  const std::vector<Piece> pieces =
+      node({{{x - 50, y}, {x, y}, {x + 50, y}}, {{x + 0.25, y - 9}, {x + 0.25, y + 9}}, {{x, y}, {x - 20, y - 20}}});
+  ASSERT_EQ(pieces.size(), 5U);
+  for (const Piece& piece : pieces) {
+    const auto at = std::pair(x + 0.25, y);
+    EXPECT_TRUE(piece.points.front() == at || piece.points.back() == at) << textOf(pieces);
+  }
+}
+
+TEST(LineIntersector, KeepsAVertexLimit) {
+  Points line;
+  for (int i = 0; i < 11; ++i) line.emplace_back(i, i % 2);
+  for (std::size_t limit : {1U, 2U, 3U, 4U, 5U, 10U, 11U, 12U}) {
+    const std::vector<Piece> pieces = node({line, {{20, 20}, {21, 21}}}, limit);
+    Points joined = {line.front()};
+    for (std::size_t i = 0; i + 1 < pieces.size(); ++i) {
+      EXPECT_GE(pieces[i].points.size(), 2U);
+      EXPECT_LE(pieces[i].points.size(), std::max<std::size_t>(limit, 2));
+      EXPECT_EQ(pieces[i].points.front(), joined.back());
+      joined.insert(joined.end(), pieces[i].points.begin() + 1, pieces[i].points.end());
+    }
+    EXPECT_EQ(joined, line) << limit;
+  }
+}
+
+TEST(LineIntersector, InterpolatesHeights) {
+  VEXLineIntersector intersector;
+  ASSERT_EQ(intersector.addLine(lineOf({{0, 5}, {10, 5}}), 0), nullptr);
+  ASSERT_EQ(intersector.addLine(VEXLine({4, 4}, {0, 20}, {100, 200}, VEX_GEOM_LINE), 0), nullptr);
+  ASSERT_EQ(intersector.computeIntersections(), nullptr);
+  VEXChainPiece piece;
+  std::string text;
+  while (intersector.nextPiece(piece)) {
+    const VEXPoint last = piece.last();
+    text += std::to_string(piece.chainIds[0]) + (piece.zs.empty() ? " flat" : " " + std::to_string(last.z)) + ";";
+    EXPECT_EQ(piece.toLine().hasZ(), !piece.zs.empty());
+  }
+  EXPECT_EQ(text, "1 flat;1 flat;2 125.000000;2 200.000000;");
+}
+
+TEST(LineIntersector, NumbersPartsByTheirInput) {
+  VEXLineIntersector intersector;
+  const VEXLine line = lineOf({{9, 9}, {8, 9}});
+  const VEXLine donut = lineOf({{0, 0}, {6, 0}, {6, 6}, {0, 0}, {2, 1}, {4, 2}, {4, 1}, {2, 1}}, VEX_GEOM_DONUT);
+  ASSERT_EQ(intersector.addLine(line, 1), nullptr);
+  ASSERT_EQ(intersector.addLine(donut, 1), nullptr);
+  std::vector<VEXLine> both;
+  both.push_back(line.clone());
+  both.push_back(donut.clone());
+  ASSERT_EQ(intersector.addLine(VEXLine::aggregateOf(both), 1), nullptr);
+  ASSERT_EQ(intersector.addLine(donut, 0), nullptr);
+  std::vector<std::int32_t> inputs;
+  for (std::size_t i = 1; i <= intersector.numChains(); ++i)
+    inputs.push_back(intersector.inputOf(static_cast<std::int32_t>(i)));
+  EXPECT_EQ(inputs, (std::vector<std::int32_t>{1, 2, -2, 3, 3, -3, 4}));
+  EXPECT_EQ(intersector.numInputs(), 4U);
+}
+
+TEST(LineIntersector, RefusesWhatHasNoPlace) {
+  VEXLineIntersector intersector;
+  for (double bad : {std::nan(""), HUGE_VAL, -HUGE_VAL, 1e300}) {
+    VEXStatus status = intersector.addLine(lineOf({{0, 0}, {bad, 1}}), 0);
+    ASSERT_NE(status, nullptr);
+    EXPECT_EQ(status->messageNumber(), 329001U);
+    EXPECT_EQ(status->severity(), kSeverityRejected);
+    status = intersector.addLine(lineOf({{0, bad}, {1, 1}}), 1);
+    EXPECT_NE(status, nullptr);
+  }
+  EXPECT_EQ(intersector.numChains(), 0U);
+  EXPECT_EQ(intersector.computeIntersections(), nullptr);
+  VEXStatus late = intersector.addLine(lineOf({{0, 0}, {1, 1}}), 0);
+  ASSERT_NE(late, nullptr);
+  EXPECT_EQ(late->messageNumber(), 329002U);
+  VEXStatus twice = intersector.computeIntersections();
+  EXPECT_NE(twice, nullptr);
+  VEXChainPiece piece;
+  EXPECT_FALSE(intersector.nextPiece(piece));
+}
+
+TEST(LineIntersector, MeetsInOnePointThousandsOfTimes) {
+  for (double centre : {0.0, 0.3, 1e6 + 0.1}) {
+    std::vector<Points> lines;
+    for (int i = 0; i < 1500; ++i) {
+      const double angle = 3.14159265358979 * i / 1500;
+      const double dx = 70 * std::cos(angle), dy = 70 * std::sin(angle);
+      lines.push_back({{centre - dx, centre - dy}, {centre + dx, centre + dy}});
+    }
+    const std::vector<Piece> pieces = node(lines);
+    ASSERT_EQ(pieces.size(), 3000U) << centre;
+    for (const Piece& piece : pieces) ASSERT_EQ(piece.points.size(), 2U);
+    for (std::size_t i = 0; i < pieces.size(); i += 2) ASSERT_EQ(pieces[i].points.back(), pieces[0].points.back());
+  }
+}
+
+TEST(LineIntersector, LivesWithExtremes) {
+  // A line from one end of the world to the other beside details a thousandth wide.
+  std::vector<Points> lines = {{{-1e15, 3e14}, {1e15, -2e14}}};
+  std::mt19937 random(kSeed);
+  for (int i = 0; i < 300; ++i) {
+    const double x = random() / 4294967296.0, y = random() / 4294967296.0;
+    lines.push_back({{x, y}, {x + 0.001, y + 0.0005}, {x + 0.1 * (random() / 4294967296.0), y - 0.002}});
+  }
+  checkNoded(node(lines));
+  // A long line of many turns, in itself and across another.
+  Points walk = {{0, 0}};
+  double heading = 0;
+  while (walk.size() < 20000) {
+    heading += random() / 4294967296.0 - 0.5;
+    walk.emplace_back(walk.back().first + std::cos(heading), walk.back().second + std::sin(heading));
+  }
+  Points zigzag;
+  for (int i = 0; i < 2000; ++i) zigzag.emplace_back(i * 0.1 - 100, i % 2 == 0 ? -100 : 100);
+  EXPECT_GT(node({walk, zigzag}).size(), 4000U);
+  // Hundreds of equal lines, and of lines on one line.
+  std::vector<Points> equal(500, {{0, 0}, {3, 1}, {5, 5}});
+  EXPECT_EQ(node(equal).size(), 1U);
+  std::vector<Points> stacked;
+  for (int i = 0; i < 300; ++i) stacked.push_back({{i, i}, {i + 150, i + 150}});
+  EXPECT_EQ(node(stacked).size(), 449U);
+}
+
+TEST(LineIntersector, TellsProgressAndMeetings) {
+  VEXLineIntersector intersector;
+  std::vector<VEXLine> lines;
+  for (int i = 0; i < 40; ++i) {
+    lines.push_back(lineOf({{i + 0.5, -1}, {i + 0.5, 41}}));
+    lines.push_back(lineOf({{-1, i + 0.5}, {41, i + 0.5}}));
+  }
+  ASSERT_EQ(intersector.addLines(lines, 0), nullptr);
+  std::vector<double> told;
+  ASSERT_EQ(intersector.computeIntersections([&](double percent) { told.push_back(percent); }), nullptr);
+  ASSERT_FALSE(told.empty());
+  EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+  EXPECT_EQ(told.back(), 100.0);
+  EXPECT_EQ(intersector.numMeetings(), 1600U);
+  std::size_t numEntries = 0, numSquares = 0;
+  intersector.visitGrid([&](const VEXGridSquare& square) {
+    ++numSquares;
+    numEntries += square.numEntries;
+    EXPECT_GT(square.extent.maxX, square.extent.minX);
+  });
+  EXPECT_GT(numSquares, 100U);
+  EXPECT_GT(numEntries, 1600U);
+}

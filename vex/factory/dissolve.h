@@ -1,0 +1,93 @@
+// VEXDissolver: polygons become one where they share area or boundary. Calls: add per polygon feature, dissolve once,
+// then what came of it. Features are told apart by the caller's numbers, from 0 in rising order.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "vex/inc/statinfo.h"
+#include "vex/inc/vexfeat.h"
+#include "vex/src/vexline.h"
+#include "vex/topology/lineintersector.h"
+#include "vex/topology/topology.h"
+
+class VEXDissolver {
+ public:
+  // Polygons that are noded share their boundaries vertex for vertex: then equal segments cancel each other out, which
+  // takes time in proportion to their number. Others may overlap in any way, and are cut where they meet.
+  explicit VEXDissolver(bool isNoded, bool keepsInteriorLines);
+  // True for areas, lists of areas and aggregates of nothing else.
+  static bool isArea(const VEXFeature& feature);
+  // Copies the coordinates. A failure refuses this feature only. 866011: a coordinate is no finite number.
+  VEXStatus add(const VEXFeature& feature, std::int32_t number);
+  VEXStatus dissolve();
+
+  std::vector<VEXLine>& polygons() { return polygons_; }
+  std::vector<VEXLine>& interiorLines() { return interiorLines_; }  // empty unless they are to be kept
+  std::int64_t numInteriorLines() const { return numInteriorLines_; }
+  // Which feature is in which polygon: pairs of numbers, ascending, each once. A feature of several parts may be in
+  // several polygons.
+  const std::vector<std::pair<std::int32_t, std::size_t>>& memberships() const { return memberships_; }
+  // Places where the boundaries still cross or overlap, and the features that have them, ascending. Nothing that
+  // they bound is in the polygons: the caller leaves them out and begins anew.
+  const std::vector<VEXTopologyFault>& faults() const { return faults_; }
+  const std::vector<std::int32_t>& faulty() const { return faulty_; }
+
+ private:
+  // A closed run of coordinates with the area on its right: shells clockwise, holes the other way.
+  struct Ring {
+    std::int32_t number;     // of its feature
+    std::size_t firstPoint;  // in ringPoints_
+    std::size_t numPoints;
+  };
+  // A segment between two points, the lower first, and the rings (from 1) that run along it: there and back.
+  struct Segment {
+    std::uint32_t a;
+    std::uint32_t b;
+    std::int32_t forward;
+    std::int32_t backward;
+  };
+
+  void addArea(const VEXLine& area, std::int32_t number);
+  void addRing(const VEXLine& area, const VEXLineRange& range, bool isHole, std::int32_t number);
+  std::uint32_t pointOf(double x, double y, double z);
+  Segment& segmentOf(std::uint32_t a, std::uint32_t b);
+  void growPoints();
+  void growSegments();
+  std::int32_t find(std::int32_t element);  // the representative of joined rings or faces
+  void join(std::int32_t a, std::int32_t b);
+
+  VEXStatus dissolveNoded();
+  void enterSegments();
+  VEXStatus emitRuns(std::size_t ring, VEXTopology& outline);
+  VEXStatus emitRun(const std::vector<std::uint32_t>& points, std::size_t ring, bool isOutline, VEXTopology& outline);
+  VEXStatus dissolveRaw();
+  VEXStatus coverFaces(VEXTopology& faces, const VEXTopologyResult& result, std::vector<std::int64_t>& cover);
+  // Polygons of the outline whose right side, along a line of user id above 0, is covered; below 0 the left side.
+  VEXStatus formOutline(VEXTopology& outline, const std::vector<std::pair<std::int32_t, std::int32_t>>& roots);
+  void noteFaults(const VEXTopology& topology, VEXTopologyResult& result);
+
+  bool isNoded_;
+  bool keepsInteriorLines_;
+  bool hasZ_ = false;
+  std::vector<Ring> rings_;
+  std::vector<std::int32_t> parents_;  // of joined elements
+  // ---- noded ----
+  std::vector<double> pointX_, pointY_, pointZ_;
+  std::vector<std::uint32_t> pointTable_;  // numbers of points from 1; 0: free
+  std::vector<std::uint32_t> ringPoints_;
+  std::vector<Segment> segments_;
+  std::vector<std::uint32_t> segmentTable_;
+  std::vector<std::uint8_t> outlineEnds_;  // of each point: segments of the outline that end there, 3 for more
+  // ---- raw ----
+  std::unique_ptr<VEXLineIntersector> intersector_;
+
+  std::vector<VEXLine> polygons_;
+  std::vector<VEXLine> interiorLines_;
+  std::int64_t numInteriorLines_ = 0;
+  std::vector<std::pair<std::int32_t, std::size_t>> memberships_;
+  std::vector<VEXTopologyFault> faults_;
+  std::vector<std::int32_t> faulty_;
+};

@@ -1,0 +1,354 @@
+#include "vex/topology/lineintersector.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+#include "vex/inc/numtext.h"
+#include "vex/inc/vexassert.h"
+#include "vex/topology/segmeet.h"
+#include "vex/topology/vexchain.h"
+
+namespace {
+
+// Computed points are off by a little, so that a cut segment may come to cross a neighbour. Segments for which that
+// cannot be ruled out are compared again; two or three rounds do on nearly all input.
+constexpr int kMostRounds = 10;
+// The first rounds take points that are equal in single precision for one. The later ones only repair.
+constexpr int kSingleRounds = 2;
+// Sizes beyond this would overflow in a product of four.
+constexpr double kLargestCoord = 1e75;
+constexpr std::size_t kWorkUnits = 250;
+constexpr std::size_t kFewToScan = 48;  // entries of a square that are compared without being sorted
+
+bool isSound(VEXOrdinates values) {
+  for (double value : values)
+    if (!(std::fabs(value) <= kLargestCoord)) return false;
+  return true;
+}
+
+}  // namespace
+
+struct VEXLineIntersector::Work {
+  explicit Work(const VEXIntersectorParms& given) : parms(given) {}
+
+  VEXStatus addParts(const VEXLine& line);
+  VEXStatus checkChain(const VEXLine& line) const;
+  void addRings(const VEXLine& donut);
+  void fillGrid(VEXSpatialGridCore& grid) const;
+  const VEXGridParms* parmsFor(std::span<const VEXSpatialGridCore::Entry> entries) const;
+  void runRound(int round);
+  void compareAll(std::span<VEXSpatialGridCore::Entry> entries);
+  void compare(std::uint32_t one, std::uint32_t other);
+  void compareNear(std::uint32_t one, std::uint32_t other, const VEXSegment& s, const VEXSegment& t, double tolerance);
+  void addCrossing(std::uint32_t one, std::uint32_t other, const VEXSegment& s, const VEXSegment& t, double tolerance,
+                   bool isNarrow);
+  bool areNeighbours(std::uint32_t endCoord, std::uint32_t startCoord) const;
+  bool isRingJoint(std::uint32_t firstSegment, std::uint32_t lastSegment) const;
+  void report(std::size_t done, std::size_t total);
+
+  VEXIntersectorParms parms;
+  VEXChainStore chains;
+  std::optional<VEXPieceCutter> cutter;
+  std::int32_t numInputs = 0;
+  bool isComputed = false;
+  bool takesAll = true;  // the first round compares all segments, the others those that are dirty with all
+  bool isSingle = true;
+  std::size_t numUnresolved = 0;
+  VEXProgress progress;
+  std::size_t lastUnit = 0;
+  mutable std::optional<std::vector<std::uint32_t>> meetings;  // coordinates, found at the first question
+};
+
+VEXLineIntersector::VEXLineIntersector(const VEXIntersectorParms& parms) : work_(std::make_unique<Work>(parms)) {}
+VEXLineIntersector::~VEXLineIntersector() = default;
+
+// ---- adding ----
+
+VEXStatus VEXLineIntersector::Work::checkChain(const VEXLine& line) const {
+  if (!isSound(line.xs()) || !isSound(line.ys()))
+    return makeRejection(329001, {integerText(static_cast<std::int64_t>(line.numCoords()))});
+  if (line.numCoords() > VEXChainStore::kMostCoords - chains.numCoords())
+    return makeStatus(329003, {integerText(static_cast<std::int64_t>(VEXChainStore::kMostCoords))});
+  return nullptr;
+}
+
+void VEXLineIntersector::Work::addRings(const VEXLine& donut) {
+  std::vector<VEXLineRange> ranges;
+  donut.rings(ranges);
+  for (const VEXLineRange& range : ranges) {
+    if (range.count == 0) continue;
+    const VEXLine ring = VEXLine::viewOf(donut, range.first, range.first + range.count - 1, VEX_GEOM_POLYGON);
+    chains.addChain(ring, isRingClockwise(ring.xs(), ring.ys()) ? -numInputs : numInputs);
+  }
+}
+
+VEXStatus VEXLineIntersector::Work::addParts(const VEXLine& line) {
+  switch (line.geomType()) {
+    case VEX_GEOM_DONUT:
+      addRings(line);
+      return nullptr;
+    case VEX_GEOM_MULTI_LINE:
+    case VEX_GEOM_MULTI_POLY:
+    case VEX_GEOM_PIP:
+    case VEX_GEOM_AGGREGATE: {
+      // A list of one part has itself for a part.
+      std::vector<VEXLine> parts;
+      VEX_TRY(line.split(kEveryPartMask, parts));
+      for (const VEXLine& part : parts) {
+        const bool isSame = part.geomType() == line.geomType() && part.numCoords() == line.numCoords();
+        if (isSame)
+          chains.addChain(part, numInputs);
+        else
+          VEX_TRY(addParts(part));
+      }
+      return nullptr;
+    }
+    default:
+      chains.addChain(line, numInputs);
+      return nullptr;
+  }
+}
+
+VEXStatus VEXLineIntersector::addLine(const VEXLine& line, int flag) {
+  Work& work = *work_;
+  if (work.isComputed) return makeStatus(329002);
+  VEX_TRY(work.checkChain(line));
+  if (flag != 0 && line.geomType() == VEX_GEOM_AGGREGATE) {
+    std::vector<VEXLineRange> ranges;  // proves the header rows before anything is added
+    VEX_TRY(line.leaves(ranges));
+  }
+  ++work.numInputs;
+  if (flag != 0) return extendStatus(work.addParts(line));
+  work.chains.addChain(line, work.numInputs);
+  return nullptr;
+}
+
+VEXStatus VEXLineIntersector::addLines(std::span<const VEXLine> lines, int flag) {
+  std::size_t numCoords = 0;
+  for (const VEXLine& line : lines) numCoords += line.numCoords();
+  reserve(lines.size(), numCoords);
+  for (const VEXLine& line : lines) VEX_TRY(addLine(line, flag));
+  return nullptr;
+}
+
+void VEXLineIntersector::reserve(std::size_t numLines, std::size_t numCoords) {
+  work_->chains.reserve(numLines, numCoords);
+}
+
+// ---- finding meetings ----
+
+// True when a chain goes on from the one coordinate to the other without going anywhere.
+bool VEXLineIntersector::Work::areNeighbours(std::uint32_t endCoord, std::uint32_t startCoord) const {
+  if (endCoord == startCoord) return true;
+  if (startCoord < endCoord) return false;
+  const VEXOrdinates xs = chains.xs(), ys = chains.ys();
+  for (std::uint32_t at = endCoord; at < startCoord; ++at)
+    if (xs[at] != xs[at + 1] || ys[at] != ys[at + 1]) return false;
+  return chains.chainOf(endCoord) == chains.chainOf(startCoord);
+}
+
+// True when a ring closes between the two segments.
+bool VEXLineIntersector::Work::isRingJoint(std::uint32_t firstSegment, std::uint32_t lastSegment) const {
+  const std::size_t number = chains.chainOf(firstSegment);
+  const std::uint32_t end = chains.endOf(number);
+  if (!chains.chain(number).isRing || lastSegment >= end) return false;
+  return areNeighbours(chains.chain(number).first, firstSegment) && areNeighbours(lastSegment + 1, end - 1);
+}
+
+void VEXLineIntersector::Work::addCrossing(std::uint32_t one, std::uint32_t other, const VEXSegment& s,
+                                           const VEXSegment& t, double tolerance, bool isNarrow) {
+  double x, y;
+  const double times = crossingOf(s, t, x, y);
+  chains.addCrossing(one, other, x, y, tolerance * times, isSingle);
+  if (isNarrow) {
+    chains.markDirty(one);
+    chains.markDirty(other);
+  }
+}
+
+void VEXLineIntersector::Work::compare(std::uint32_t one, std::uint32_t other) {
+  if (other < one) std::swap(one, other);
+  const VEXSegment s = chains.segment(one), t = chains.segment(other);
+  const double sizeS = sizeOf(s), sizeT = sizeOf(t);
+  // A piece knows its ends no better than they were computed, however small its own coordinates are.
+  const double tolerance = takesAll ? kPlaceTolerance * std::min(sizeS, sizeT)
+                                    : std::min(std::max(kPlaceTolerance * sizeS, chains.toleranceOf(one)),
+                                               std::max(kPlaceTolerance * sizeT, chains.toleranceOf(other)));
+  VEXEndPair pair;
+  switch (quickMeeting(s, t, tolerance, pair)) {
+    case VEXMeeting::None:
+      return;
+    case VEXMeeting::Cross:
+      // Points on the segment of larger coordinates are off by more than the other's tolerance.
+      addCrossing(one, other, s, t, tolerance, pair.isNarrow || sizeS > 4.0 * sizeT || sizeT > 4.0 * sizeS);
+      return;
+    case VEXMeeting::Ends: {
+      const std::uint32_t first = one + pair.firstEnd, second = other + pair.secondEnd;
+      if (chains.nodeAt(first) != kNoNode && chains.nodeAt(first) == chains.nodeAt(second)) return;
+      if (pair.firstEnd && !pair.secondEnd && areNeighbours(first, second)) return;
+      if (!pair.firstEnd && pair.secondEnd && isRingJoint(one, other)) return;
+      chains.link(first, second);
+      return;
+    }
+    case VEXMeeting::Near:
+      compareNear(one, other, s, t, tolerance);
+      return;
+  }
+}
+
+void VEXLineIntersector::Work::compareNear(std::uint32_t one, std::uint32_t other, const VEXSegment& s,
+                                           const VEXSegment& t, double tolerance) {
+  VEXNearMeeting near = nearMeeting(s, t, tolerance);
+  if (near.isCrossing) return addCrossing(one, other, s, t, tolerance, true);
+  if (!near.any()) return;
+  // Segments in succession share an end; that counts only when one folds back on the other.
+  if (s.x2 == t.x1 && s.y2 == t.y1 && areNeighbours(one + 1, other) && !near.firstStart && !near.secondEnd) return;
+  if (s.x1 == t.x2 && s.y1 == t.y2 && isRingJoint(one, other) && !near.firstEnd && !near.secondStart) return;
+  auto thread = [&](bool isOn, std::uint32_t coord, std::uint32_t segment) {
+    if (isOn)
+      chains.thread(chains.makeNodeAt(coord), chains.xs()[coord], chains.ys()[coord], segment, tolerance, isSingle);
+  };
+  thread(near.firstStart, one, other);
+  thread(near.firstEnd, one + 1, other);
+  thread(near.secondStart, other, one);
+  thread(near.secondEnd, other + 1, one);
+  if (near.isInexact) {
+    chains.markDirty(one);
+    chains.markDirty(other);
+  }
+}
+
+void VEXLineIntersector::Work::compareAll(std::span<VEXSpatialGridCore::Entry> entries) {
+  using Entry = VEXSpatialGridCore::Entry;
+  auto compareIf = [&](const Entry& a, const Entry& b) {
+    if (a.minX <= b.maxX && b.minX <= a.maxX && a.minY <= b.maxY && b.minY <= a.maxY &&
+        VEXSpatialGridCore::isPairOfSquare(a, b) &&
+        (takesAll || chains.isDirty(a.number) || chains.isDirty(b.number)))
+      compare(a.number, b.number);
+  };
+  const std::size_t count = entries.size();
+  if (count <= kFewToScan) {
+    for (std::size_t i = 1; i < count; ++i)
+      for (std::size_t j = 0; j < i; ++j) compareIf(entries[j], entries[i]);
+    return;
+  }
+  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+    return a.minX != b.minX ? a.minX < b.minX : a.number < b.number;
+  });
+  for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t j = i + 1; j < count && entries[j].minX <= entries[i].maxX; ++j) compareIf(entries[i], entries[j]);
+}
+
+// A crowded square that only one or two chains pass is that of long chains: their own parameters hold, and so long as
+// the product of their segment counts is small they are just walked.
+const VEXGridParms* VEXLineIntersector::Work::parmsFor(std::span<const VEXSpatialGridCore::Entry> entries) const {
+  if (entries.size() <= std::min(parms.grid.maxEntries, parms.subGrid.maxEntries)) return &parms.grid;
+  const std::size_t one = chains.chainOf(entries[0].number);
+  std::size_t other = one;
+  std::size_t numOne = 0;
+  for (const VEXSpatialGridCore::Entry& entry : entries) {
+    const std::uint32_t at = entry.number;
+    if (at >= chains.chain(one).first && at < chains.endOf(one)) {
+      ++numOne;
+      continue;
+    }
+    if (other == one) other = chains.chainOf(at);
+    if (at < chains.chain(other).first || at >= chains.endOf(other)) return &parms.grid;
+  }
+  const std::size_t numOther = other == one ? numOne : entries.size() - numOne;
+  return numOne * numOther <= parms.subGridBruteForce ? nullptr : &parms.subGrid;
+}
+
+void VEXLineIntersector::Work::fillGrid(VEXSpatialGridCore& grid) const {
+  grid.fill([&](auto&& enter) { chains.forEachSegment(enter); });
+  grid.setChooser([this](std::span<const VEXSpatialGridCore::Entry> entries, std::uint32_t) { return parmsFor(entries); });
+}
+
+void VEXLineIntersector::Work::report(std::size_t done, std::size_t total) {
+  if (!progress || total == 0) return;
+  const std::size_t unit = done / kWorkUnits;
+  if (unit == lastUnit && done != total) return;
+  lastUnit = unit;
+  progress(std::round(static_cast<double>(done) * 10000.0 / static_cast<double>(total)) * 0.01);
+}
+
+void VEXLineIntersector::Work::runRound(int round) {
+  takesAll = round == 0;
+  isSingle = round < kSingleRounds;
+  VEXSpatialGridCore grid(chains.xs(), chains.ys(), parms.grid);
+  fillGrid(grid);
+  if (!takesAll) grid.keepSquaresWith([&](std::uint32_t number) { return chains.isDirty(number); });
+  const std::size_t total = grid.numEntered();
+  std::size_t done = 0;
+  grid.visit([&](std::span<VEXSpatialGridCore::Entry> entries) { compareAll(entries); },
+             [&](std::size_t count) {
+               done += count;
+               if (takesAll && done < total) report(done, total);
+             });
+}
+
+VEXStatus VEXLineIntersector::computeIntersections(const VEXProgress& progress) {
+  Work& work = *work_;
+  if (work.isComputed) return makeStatus(329002);
+  work.isComputed = true;
+  work.progress = progress;
+  work.chains.beginRounds();
+  for (int round = 0; round < kMostRounds; ++round) {
+    work.runRound(round);
+    const std::size_t numChanges = work.chains.numChanges();
+    work.numUnresolved = round + 1 == kMostRounds ? numChanges : 0;
+    if (numChanges == 0) break;
+    work.chains.rebuild();
+    if (work.chains.numDirty() == 0) break;
+  }
+  work.chains.endRounds();
+  work.cutter.emplace(work.chains);
+  if (progress) progress(100.0);
+  return nullptr;
+}
+
+// ---- reading ----
+
+bool VEXLineIntersector::nextPiece(VEXChainPiece& piece, std::size_t maxVertices) {
+  return work_->cutter.has_value() && work_->cutter->next(piece, maxVertices);
+}
+
+std::size_t VEXLineIntersector::numChains() const {
+  return work_->chains.numChains();
+}
+
+std::size_t VEXLineIntersector::numInputs() const {
+  return static_cast<std::size_t>(work_->numInputs);
+}
+
+std::int32_t VEXLineIntersector::inputOf(std::int32_t chainId) const {
+  VEX_ASSERT(chainId > 0);
+  return work_->chains.chain(static_cast<std::size_t>(chainId) - 1).input;
+}
+
+std::size_t VEXLineIntersector::numMeetings() const {
+  if (!work_->cutter.has_value()) return 0;
+  if (!work_->meetings.has_value()) {
+    work_->meetings.emplace();
+    work_->cutter->meetings(*work_->meetings);
+  }
+  return work_->meetings->size();
+}
+
+VEXPoint VEXLineIntersector::meeting(std::size_t at) const {
+  const VEXChainStore& chains = work_->chains;
+  const std::uint32_t coord = (*work_->meetings)[at];
+  return {chains.xs()[coord], chains.ys()[coord], chains.zs().empty() ? kNoZ : chains.zs()[coord]};
+}
+
+std::size_t VEXLineIntersector::numUnresolved() const {
+  return work_->numUnresolved;
+}
+
+void VEXLineIntersector::visitGrid(const std::function<void(const VEXGridSquare&)>& visit) const {
+  VEXSpatialGridCore grid(work_->chains.xs(), work_->chains.ys(), work_->parms.grid);
+  work_->fillGrid(grid);
+  grid.setDump(visit);
+  grid.visit([](std::span<VEXSpatialGridCore::Entry>) {});
+}

@@ -1,0 +1,81 @@
+// Cuts noded chains into pieces. It reads the chains of a store that must outlive it; next() gives one piece at a time.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "vex/src/vexline.h"
+#include "vex/topology/vexchain.h"
+
+// A piece of a chain between two places where lines meet. What it shows is valid until the next call of nextPiece.
+struct VEXChainPiece {
+  VEXOrdinates xs;
+  VEXOrdinates ys;
+  VEXOrdinates zs;  // empty when the chain had no z
+  // The chains that run along the whole piece, the one that it was read from (above 0) first, then the others by
+  // rising number; negative: that chain runs the other way. A stretch that several chains hold comes once.
+  std::span<const std::int32_t> chainIds;
+  bool isWhole = false;  // the chain as it was added: nothing cut it and it shares nothing
+
+  std::size_t numCoords() const { return xs.size(); }
+  VEXPoint first() const { return at(0); }
+  VEXPoint last() const { return at(xs.size() - 1); }
+  VEXPoint at(std::size_t i) const { return {xs[i], ys[i], zs.empty() ? kNoZ : zs[i]}; }
+  bool isClosed() const { return xs.front() == xs.back() && ys.front() == ys.back(); }
+  // A line that owns its coordinates.
+  VEXLine toLine(std::uint32_t geomType = VEX_GEOM_LINE) const;
+};
+
+class VEXPieceCutter {
+ public:
+  explicit VEXPieceCutter(const VEXChainStore& chains);
+
+  bool next(VEXChainPiece& piece, std::size_t maxVertices);
+  // The nodes in which pieces end that meet others, or themselves, in the order of chains; and one of their coordinates.
+  void meetings(std::vector<std::uint32_t>& coords) const;
+
+ private:
+  static constexpr std::uint32_t kNotShared = 0xffffffffU;
+  struct Shared {  // a segment that several chains hold, or one several times
+    std::uint32_t firstChain;  // in sharedChains_
+    std::uint32_t endChain;
+    std::uint32_t firstSegment;  // the first that was met: its chain gives the piece
+  };
+  void findShared();
+  void addShared(const std::vector<std::uint32_t>& segments, std::size_t first, std::size_t last);
+  void countArms();
+  std::uint32_t sharedAt(std::uint32_t segment) const { return shareds_.empty() ? kNotShared : sharedOf_[segment]; }
+  bool isGiven(std::uint32_t segment) const {  // by the chain at hand
+    const std::uint32_t shared = sharedAt(segment);
+    return shared == kNotShared || shareds_[shared].firstSegment == segment;
+  }
+  // +1 when the segment runs from its lower node to the higher.
+  int directionOf(std::uint32_t segment) const;
+  bool isBreak(std::uint32_t before, std::uint32_t after) const;  // between two segments in succession
+  bool beginChain();
+  void setIds(std::uint32_t segment);
+  bool nextStretch();
+  void showRun(VEXChainPiece& piece, std::size_t maxVertices);
+
+  const VEXChainStore& chains_;
+  std::vector<std::uint32_t> sharedOf_;  // by segment; empty when nothing is shared
+  std::vector<Shared> shareds_;
+  std::vector<std::int32_t> sharedChains_;  // signed by the direction from the lower node to the higher
+  std::vector<std::uint8_t> numArms_;       // by node: segments of different course that end there, 3 for more
+
+  std::size_t chain_ = 0;       // at work
+  std::uint32_t first_ = 0;     // its first coordinate, and its last
+  std::uint32_t last_ = 0;
+  std::uint32_t at_ = 0;        // where its next stretch begins
+  std::uint32_t stop_ = 0;      // where its last stretch ends
+  bool isOpen_ = false;         // a chain is at work
+  bool wraps_ = false;          // its last stretch goes on from its start, to wrapTo_
+  std::uint32_t wrapTo_ = 0;
+  std::vector<double> wrapXs_, wrapYs_, wrapZs_;
+  std::vector<std::int32_t> ids_;
+  VEXOrdinates runXs_, runYs_, runZs_;  // the stretch that is being given
+  std::size_t runAt_ = 0;
+  bool isWhole_ = false;
+};

@@ -1,0 +1,342 @@
+#include "vex/topology/topology.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "vex/inc/numtext.h"
+#include "vex/inc/vexassert.h"
+#include "vex/topology/facewalk.h"
+#include "vex/topology/orient.h"
+
+namespace {
+
+constexpr std::uint32_t kBadGeometry = 328001;
+constexpr std::uint32_t kBadMode = 328002;
+constexpr std::uint32_t kNoNumber = 328003;
+constexpr std::uint32_t kFull = 328004;
+constexpr std::uint32_t kEmptyNode = 323008;
+
+// Lists of parts; everything else is one line or one ring.
+bool hasParts(std::uint32_t code) {
+  return code == VEX_GEOM_DONUT || code == VEX_GEOM_MULTI || code == VEX_GEOM_MULTI_LINE ||
+         code == VEX_GEOM_MULTI_POLY || code == VEX_GEOM_AGGREGATE;
+}
+
+bool isLineCode(std::uint32_t code) {
+  return code == VEX_GEOM_UNDEFINED || code == VEX_GEOM_LINE || code == VEX_GEOM_POLYGON;
+}
+
+VEXStatus checkNumbers(VEXOrdinates xs, VEXOrdinates ys) {
+  for (std::size_t i = 0; i < xs.size(); ++i) {
+    if (std::isfinite(xs[i]) && std::isfinite(ys[i])) [[likely]]
+      continue;
+    return makeRejection(kNoNumber, {integerText(static_cast<std::int64_t>(i)), realText(xs[i]), realText(ys[i])});
+  }
+  return nullptr;
+}
+
+// One end of an arc as it is put in order around its node.
+struct End {
+  std::uint32_t half = 0;
+  bool isLower = false;  // seen from the node at more than 180 degrees
+  double x = 0.0;        // the first coordinate away from the node
+  double y = 0.0;
+};
+
+// A half edge read from its start to its end.
+struct Course {
+  const double* x;
+  const double* y;
+  std::uint32_t count;
+  bool isBackward;
+  double xAt(std::uint32_t i) const { return x[isBackward ? count - 1 - i : i]; }
+  double yAt(std::uint32_t i) const { return y[isBackward ? count - 1 - i : i]; }
+};
+
+Course courseOf(const VEXTopologyArcIndex& arcs, std::uint32_t half) {
+  const VEXTopologyArcIndex::Record& record = arcs.record(static_cast<std::int32_t>(half / 2) + 1);
+  return {arcs.xs(record), arcs.ys(record), record.count, half % 2 != 0};
+}
+
+bool goesLower(double x, double y, double toX, double toY) {
+  return toY < y || (toY == y && toX > x);
+}
+
+// Which of two arc ends that leave their node in the same direction comes first, counter-clockwise: they are followed
+// until they part. Negative: a. 0: they never part.
+int compareCourses(const Course& a, const Course& b) {
+  double fromX = a.xAt(0);
+  double fromY = a.yAt(0);
+  std::uint32_t i = 1;
+  std::uint32_t j = 1;
+  for (;;) {
+    // Both go on from `from` in one direction; the nearer of the next two vertices is where they may part.
+    const double ax = a.xAt(i), ay = a.yAt(i), bx = b.xAt(j), by = b.yAt(j);
+    const bool isSame = ax == bx && ay == by;
+    const bool aIsNearer = ax != bx ? (ax < bx) == (ax > fromX) : (ay < by) == (ay > fromY);
+    const double x = isSame || aIsNearer ? ax : bx;
+    const double y = isSame || aIsNearer ? ay : by;
+    if (isSame || aIsNearer) ++i;
+    if (isSame || !aIsNearer) ++j;
+    if (i == a.count || j == b.count) return (i == a.count ? 0 : 1) - (j == b.count ? 0 : 1);  // what ends comes first
+    // Counter-clockwise from the way back: the right side, straight on, the left side.
+    auto rank = [&](double toX, double toY) {
+      const int side = orientation(fromX, fromY, x, y, toX, toY);
+      if (side != 0) return side < 0 ? 1 : 3;
+      return inSameDirection(x, y, fromX, fromY, toX, toY) ? 0 : 2;
+    };
+    const int aRank = rank(a.xAt(i), a.yAt(i));
+    const int bRank = rank(b.xAt(j), b.yAt(j));
+    if (aRank != bRank) return aRank - bRank;
+    const int side = orientation(x, y, a.xAt(i), a.yAt(i), b.xAt(j), b.yAt(j));
+    if (side != 0) return -side;
+    fromX = x;
+    fromY = y;
+  }
+}
+
+}  // namespace
+
+VEXStatus VEXTopologyFault::status() const {
+  return makeRejection(number, {realText(x), realText(y), integerText(static_cast<std::int64_t>(arcs.size()))});
+}
+
+VEXTopology::VEXTopology(int mode, std::size_t sizeHint) : mode_(mode), sizeHint_(sizeHint) {}
+
+VEXTopology::~VEXTopology() = default;
+
+// ---- filling ----
+
+VEXStatus VEXTopology::addLine(VEXLine&& newLine, std::int32_t userId, std::span<const std::int32_t> attributes,
+                               VEXLineOutcome* outcome) {
+  const VEXLine line = std::move(newLine);
+  VEX_ASSERT(line.numCoords() > 0);
+  const std::uint32_t code = line.geomType();
+  if (!isLineCode(code) && !hasParts(code)) return makeStatus(kBadGeometry, {integerText(code)});
+  std::vector<VEXLine> parts;
+  if (hasParts(code)) {
+    VEX_TRY(line.split(kEveryPartMask, parts, true));
+  } else if (code == VEX_GEOM_POLYGON) {
+    std::vector<VEXLineRange> ranges;
+    line.rings(ranges);
+    for (const VEXLineRange& range : ranges)
+      parts.push_back(VEXLine::viewOf(line, range.first, range.first + range.count - 1, VEX_GEOM_POLYGON));
+  } else {
+    parts.push_back(VEXLine::viewOf(line, 0, line.numCoords() - 1, code));
+  }
+  VEX_TRY(prepare(line.numCoords(), line.hasZ()));
+  for (const VEXLine& part : parts) VEX_TRY(checkNumbers(part.xs(), part.ys()));
+  VEXLineOutcome result;
+  for (const VEXLine& part : parts) addPart(part.xs(), part.ys(), part.zs(), userId, attributes, result);
+  if (outcome != nullptr) *outcome = result;
+  return nullptr;
+}
+
+VEXStatus VEXTopology::addLine(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t userId,
+                               std::span<const std::int32_t> attributes, VEXLineOutcome* outcome) {
+  VEX_TRY(checkNumbers(xs, ys));
+  VEX_TRY(prepare(xs.size(), !zs.empty()));
+  VEXLineOutcome result;
+  addPart(xs, ys, zs, userId, attributes, result);
+  if (outcome != nullptr) *outcome = result;
+  return nullptr;
+}
+
+VEXStatus VEXTopology::prepare(std::size_t numCoords, bool hasZ) {
+  if (mode_ != kPlain && mode_ != kSegments) return makeStatus(kBadMode, {integerText(mode_)});
+  if (!arcs_.hasRoomFor(numCoords)) return makeStatus(kFull, {integerText(arcs_.count())});
+  if (dimension_ != 0) return nullptr;
+  dimension_ = hasZ ? 3 : 2;
+  // Between two and three coordinates are an arc, and there are about as many nodes as two thirds of the arcs.
+  const std::size_t numCoordsToCome = std::min<std::size_t>(sizeHint_, VEXTopologyArcIndex::kMostArcs);
+  if (numCoordsToCome == 0) return nullptr;
+  arcs_.reserve(numCoordsToCome / 2, numCoordsToCome, hasZ);
+  nodes_.reserve(numCoordsToCome / 3);
+  return nullptr;
+}
+
+void VEXTopology::addPart(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t userId,
+                          std::span<const std::int32_t> attributes, VEXLineOutcome& outcome) {
+  isOrdered_ = false;
+  bool isClean = dimension_ == 2 ? true : zs.size() == xs.size();
+  for (std::size_t i = 1; i < xs.size() && isClean; ++i) isClean = xs[i] != xs[i - 1] || ys[i] != ys[i - 1];
+  if (!isClean) {
+    partX_.clear();
+    partY_.clear();
+    partZ_.clear();
+    for (std::size_t i = 0; i < xs.size(); ++i) {
+      if (i > 0 && xs[i] == xs[i - 1] && ys[i] == ys[i - 1]) continue;
+      partX_.push_back(xs[i]);
+      partY_.push_back(ys[i]);
+      if (dimension_ == 3) partZ_.push_back(zs.empty() ? 0.0 : zs[i]);
+    }
+    xs = partX_;
+    ys = partY_;
+    zs = partZ_;
+  }
+  if (dimension_ == 2) zs = {};
+  auto addRun = [&](std::size_t first, std::size_t count) {
+    const VEXOrdinates runZ = zs.empty() ? zs : zs.subspan(first, count);
+    addArc(xs.subspan(first, count), ys.subspan(first, count), runZ, userId, attributes, outcome);
+  };
+  const std::size_t count = xs.size();
+  if (count < 2) {
+    ++outcome.numDegenerate;
+  } else if (mode_ == kSegments) {
+    for (std::size_t i = 0; i + 1 < count; ++i) addRun(i, 2);
+  } else if (xs[0] == xs[count - 1] && ys[0] == ys[count - 1]) {
+    // A ring becomes two arcs, so that each has two nodes; cut in the same place whichever way it runs.
+    const std::size_t beforeLast = count - 2;
+    const bool atBeforeLast = ys[1] != ys[beforeLast] ? ys[1] < ys[beforeLast] : xs[1] < xs[beforeLast];
+    const std::size_t cut = atBeforeLast ? beforeLast : 1;
+    addRun(0, cut + 1);
+    addRun(cut, count - cut);
+  } else {
+    addRun(0, count);
+  }
+}
+
+void VEXTopology::addArc(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t userId,
+                         std::span<const std::int32_t> attributes, VEXLineOutcome& outcome) {
+  const std::int32_t startNode = nodes_.findOrAdd(xs.front(), ys.front());
+  const std::int32_t endNode = nodes_.findOrAdd(xs.back(), ys.back());
+  bool wasThere = false;
+  bool isReversed = false;
+  const std::int32_t id = arcs_.findOrAdd(xs, ys, zs, startNode, endNode, wasThere, isReversed);
+  if (userId != 0) arcs_.addUse(id, userId, isReversed);
+  if (wasThere) {
+    ++outcome.numDuplicates;
+    return;
+  }
+  arcs_.setAttributes(id, attributes);
+  if (outcome.numArcs++ == 0) outcome.firstArc = id;
+}
+
+VEXStatus VEXTopology::removeArc(std::int32_t id) {
+  isOrdered_ = false;
+  return extendStatus(arcs_.remove(id));
+}
+
+// ---- rotational order ----
+
+void VEXTopology::orderEnds() {
+  if (isOrdered_) return;
+  const std::size_t numNodes = static_cast<std::size_t>(nodes_.count());
+  const std::size_t numHalves = static_cast<std::size_t>(arcs_.count()) * 2;
+  endStart_.assign(numNodes + 1, 0);
+  for (std::int32_t id = 1; id <= arcs_.count(); ++id) {
+    const VEXTopologyArcIndex::Record& arc = arcs_.record(id);
+    if (arc.isRemoved) continue;
+    ++endStart_[static_cast<std::size_t>(arc.startNode)];
+    ++endStart_[static_cast<std::size_t>(arc.endNode)];
+  }
+  std::uint32_t sum = 0;
+  for (std::uint32_t& start : endStart_)
+    start = sum += start;  // ends of the nodes' runs; filling moves them to the starts
+  ends_.resize(sum);
+  for (std::int32_t id = arcs_.count(); id >= 1; --id) {
+    const VEXTopologyArcIndex::Record& arc = arcs_.record(id);
+    if (arc.isRemoved) continue;
+    const std::uint32_t half = static_cast<std::uint32_t>(id - 1) * 2;
+    ends_[--endStart_[static_cast<std::size_t>(arc.endNode)]] = half + 1;
+    ends_[--endStart_[static_cast<std::size_t>(arc.startNode)]] = half;
+  }
+  next_.resize(numHalves);
+  for (std::size_t node = 0; node < numNodes; ++node) orderNode(node);
+  isOrdered_ = true;
+}
+
+void VEXTopology::orderNode(std::size_t node) {
+  const std::uint32_t first = endStart_[node];
+  const std::uint32_t count = endStart_[node + 1] - first;
+  const double x = nodes_.x(static_cast<std::int32_t>(node));
+  const double y = nodes_.y(static_cast<std::int32_t>(node));
+  constexpr std::uint32_t kFew = 16;
+  End few[kFew];
+  std::vector<End> many;
+  if (count > kFew) many.resize(count);
+  End* const list = count > kFew ? many.data() : few;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const Course course = courseOf(arcs_, ends_[first + i]);
+    const double toX = course.xAt(1);
+    const double toY = course.yAt(1);
+    list[i] = {ends_[first + i], goesLower(x, y, toX, toY), toX, toY};
+  }
+  auto comesFirst = [&](const End& a, const End& b) {
+    if (a.isLower != b.isLower) return b.isLower;
+    const int side = orientation(x, y, a.x, a.y, b.x, b.y);
+    if (side != 0) return side > 0;
+    const int order = compareCourses(courseOf(arcs_, a.half), courseOf(arcs_, b.half));
+    return order != 0 ? order < 0 : a.half < b.half;
+  };
+  if (count > kFew) {
+    std::sort(many.begin(), many.end(), comesFirst);
+  } else {
+    for (std::uint32_t i = 1; i < count; ++i) {
+      const End moved = list[i];
+      std::uint32_t at = i;
+      for (; at > 0 && comesFirst(moved, list[at - 1]); --at) list[at] = list[at - 1];
+      list[at] = moved;
+    }
+  }
+  for (std::uint32_t i = 0; i < count; ++i) {
+    ends_[first + i] = list[i].half;
+    next_[list[i].half ^ 1U] = list[i + 1 == count ? 0 : i + 1].half;
+  }
+}
+
+// ---- asking ----
+
+VEXTopologyNode VEXTopology::node(std::int32_t id) {
+  orderEnds();
+  VEXTopologyNode view;
+  view.id_ = id;
+  view.flag_ = nodes_.flag(id);
+  const std::size_t at = static_cast<std::size_t>(id);
+  view.ends_ = std::span<const std::uint32_t>(ends_).subspan(endStart_[at], endStart_[at + 1] - endStart_[at]);
+  view.point_ = VEXPoint{nodes_.x(id), nodes_.y(id), kNoZ};
+  if (dimension_ == 3 && view.numEnds() > 0) {
+    const VEXArcEnd end = view.end(0);
+    const VEXTopologyArc of = arc(end.arc);
+    view.point_.z = end.isStart ? of.zs().front() : of.zs().back();
+  }
+  return view;
+}
+
+VEXStatus VEXTopology::sectorOf(std::int32_t id, double px, double py, std::size_t& position) {
+  const VEXTopologyNode around = node(id);
+  const std::size_t count = around.numEnds();
+  if (count == 0) return makeStatus(kEmptyNode, {integerText(id)});
+  const double x = around.point().x;
+  const double y = around.point().y;
+  const bool isLower = goesLower(x, y, px, py);
+  position = count - 1;  // before the first one: the sector that goes over the start
+  for (std::size_t i = 0; i < count; ++i) {
+    const Course course = courseOf(arcs_, ends_[endStart_[static_cast<std::size_t>(id)] + i]);
+    const bool endIsLower = goesLower(x, y, course.xAt(1), course.yAt(1));
+    if (endIsLower != isLower ? endIsLower : orientation(x, y, course.xAt(1), course.yAt(1), px, py) < 0) break;
+    position = i;
+  }
+  return nullptr;
+}
+
+VEXStatus VEXTopology::nextArc(std::int32_t signedArc, std::int32_t& next) {
+  const std::int32_t id = signedArc < 0 ? -(signedArc + 1) + 1 : signedArc;
+  if (id < 1 || id > numArcs()) return makeStatus(320001, {integerText(signedArc)});
+  if (arcs_.record(id).isRemoved) return makeStatus(320002, {integerText(id)});
+  orderEnds();
+  const std::uint32_t half = next_[static_cast<std::size_t>(id - 1) * 2 + (signedArc < 0 ? 1 : 0)];
+  next = static_cast<std::int32_t>(half / 2) + 1;
+  if (half % 2 != 0) next = -next;
+  return nullptr;
+}
+
+// ---- building ----
+
+VEXStatus VEXTopology::buildPolygons(VEXTopologyResult& output, const VEXPolygonOptions& options) {
+  if (options.pseudoNodes != VEXPseudoNodes::Keep && !arcs_.hasRoomToJoin())
+    return makeStatus(kFull, {integerText(arcs_.count())});
+  VEXFaceWalk walk(*this, options, output);
+  walk.run();
+  return nullptr;
+}
