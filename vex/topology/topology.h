@@ -124,6 +124,7 @@ class VEXTopology {
 
  private:
   friend class VEXFaceWalk;
+  friend class VEXArcPolyTopology;  // keeps rings that nothing cuts in one arc
   VEXStatus prepare(std::size_t numCoords, bool hasZ);
   void addPart(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t userId,
                std::span<const std::int32_t> attributes, VEXLineOutcome& outcome);

@@ -108,6 +108,7 @@ Graph plainGraph(const std::vector<Points>& lines) {
     std::vector<long double> cuts = {0, 1};
     for (const Segment& t : segments) {
       const long double ex = t.x2 - t.x1, ey = t.y2 - t.y1;
+      if (ex == 0 && ey == 0) continue;  // a point cuts nothing
       const long double turn = dx * ey - dy * ex;
       for (const auto& [x, y] : {std::pair(t.x1, t.y1), std::pair(t.x2, t.y2)})
         if (std::fabs((x - s.x1) * dy - (y - s.y1) * dx) < 1e-12L * square)
@@ -134,9 +135,14 @@ Graph plainGraph(const std::vector<Points>& lines) {
 void compareWithPlain(const std::vector<Points>& lines, const std::vector<Piece>& pieces) {
   const Graph plain = plainGraph(lines);
   Graph made;
-  std::set<Key> ends;  // where chains may end
-  for (const Points& line : lines)
+  std::set<Key> ends;  // where chains end, or turn back on themselves
+  for (const Points& line : lines) {
     for (const auto& [x, y] : {line.front(), line.back()}) ends.insert(keyOf(x, y));
+    for (std::size_t i = 1; i + 1 < line.size(); ++i)
+      if (orientation(line[i - 1].first, line[i - 1].second, line[i].first, line[i].second, line[i + 1].first,
+                      line[i + 1].second) == 0)
+        ends.insert(keyOf(line[i].first, line[i].second));
+  }
   for (const Piece& piece : pieces) {
     std::vector<Key> keys;
     for (const auto& [x, y] : piece.points)
