@@ -131,6 +131,7 @@ void VEXFaceWalk::removeCorridors() {
   }
   if (output_.corridors.empty()) return;
   takeOut(output_.corridors);
+  graph_.dropRemovedEnds();
   walkFaces();
 }
 

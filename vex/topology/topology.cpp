@@ -35,14 +35,6 @@ VEXStatus checkNumbers(VEXOrdinates xs, VEXOrdinates ys) {
   return nullptr;
 }
 
-// One end of an arc as it is put in order around its node.
-struct End {
-  std::uint32_t half = 0;
-  bool isLower = false;  // seen from the node at more than 180 degrees
-  double x = 0.0;        // the first coordinate away from the node
-  double y = 0.0;
-};
-
 // A half edge read from its start to its end.
 struct Course {
   const double* x;
@@ -198,8 +190,11 @@ void VEXTopology::addPart(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std
 
 void VEXTopology::addArc(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t userId,
                          std::span<const std::int32_t> attributes, VEXLineOutcome& outcome) {
-  const std::int32_t startNode = nodes_.findOrAdd(xs.front(), ys.front());
+  // Pieces of one line come one after the other.
+  const bool goesOn = lastNode_ >= 0 && nodes_.x(lastNode_) == xs.front() && nodes_.y(lastNode_) == ys.front();
+  const std::int32_t startNode = goesOn ? lastNode_ : nodes_.findOrAdd(xs.front(), ys.front());
   const std::int32_t endNode = nodes_.findOrAdd(xs.back(), ys.back());
+  lastNode_ = endNode;
   bool wasThere = false;
   bool isReversed = false;
   const std::int32_t id = arcs_.findOrAdd(xs, ys, zs, startNode, endNode, wasThere, isReversed);
@@ -219,10 +214,11 @@ VEXStatus VEXTopology::removeArc(std::int32_t id) {
 
 // ---- rotational order ----
 
+// Arcs are read in the order in which they lie, and each end is put down in its node's run together with the coordinate
+// that its order depends on: sorting looks at nothing else, but for ends that leave in the same direction.
 void VEXTopology::orderEnds() {
   if (isOrdered_) return;
   const std::size_t numNodes = static_cast<std::size_t>(nodes_.count());
-  const std::size_t numHalves = static_cast<std::size_t>(arcs_.count()) * 2;
   endStart_.assign(numNodes + 1, 0);
   for (std::int32_t id = 1; id <= arcs_.count(); ++id) {
     const VEXTopologyArcIndex::Record& arc = arcs_.record(id);
@@ -231,37 +227,31 @@ void VEXTopology::orderEnds() {
     ++endStart_[static_cast<std::size_t>(arc.endNode)];
   }
   std::uint32_t sum = 0;
-  for (std::uint32_t& start : endStart_)
-    start = sum += start;  // ends of the nodes' runs; filling moves them to the starts
-  ends_.resize(sum);
+  for (std::uint32_t& start : endStart_) start = sum += start;  // where runs end; filling moves it to where they begin
+  std::vector<End> list(sum);
   for (std::int32_t id = arcs_.count(); id >= 1; --id) {
     const VEXTopologyArcIndex::Record& arc = arcs_.record(id);
     if (arc.isRemoved) continue;
     const std::uint32_t half = static_cast<std::uint32_t>(id - 1) * 2;
-    ends_[--endStart_[static_cast<std::size_t>(arc.endNode)]] = half + 1;
-    ends_[--endStart_[static_cast<std::size_t>(arc.startNode)]] = half;
+    const double* x = arcs_.xs(arc);
+    const double* y = arcs_.ys(arc);
+    const std::uint32_t last = arc.count - 1;
+    list[--endStart_[static_cast<std::size_t>(arc.endNode)]] = {
+        half + 1, goesLower(x[last], y[last], x[last - 1], y[last - 1]), x[last - 1], y[last - 1]};
+    list[--endStart_[static_cast<std::size_t>(arc.startNode)]] = {half, goesLower(x[0], y[0], x[1], y[1]), x[1], y[1]};
   }
-  next_.resize(numHalves);
-  for (std::size_t node = 0; node < numNodes; ++node) orderNode(node);
-  isOrdered_ = true;
+  ends_.resize(sum);
+  next_.resize(static_cast<std::size_t>(arcs_.count()) * 2);
+  for (std::size_t node = 0; node < numNodes; ++node) {
+    End* const first = list.data() + endStart_[node];
+    const std::size_t count = endStart_[node + 1] - endStart_[node];
+    sortEnds(nodes_.x(static_cast<std::int32_t>(node)), nodes_.y(static_cast<std::int32_t>(node)), first, count);
+    for (std::size_t i = 0; i < count; ++i) ends_[endStart_[node] + i] = first[i].half;
+  }
+  linkEnds();
 }
 
-void VEXTopology::orderNode(std::size_t node) {
-  const std::uint32_t first = endStart_[node];
-  const std::uint32_t count = endStart_[node + 1] - first;
-  const double x = nodes_.x(static_cast<std::int32_t>(node));
-  const double y = nodes_.y(static_cast<std::int32_t>(node));
-  constexpr std::uint32_t kFew = 16;
-  End few[kFew];
-  std::vector<End> many;
-  if (count > kFew) many.resize(count);
-  End* const list = count > kFew ? many.data() : few;
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const Course course = courseOf(arcs_, ends_[first + i]);
-    const double toX = course.xAt(1);
-    const double toY = course.yAt(1);
-    list[i] = {ends_[first + i], goesLower(x, y, toX, toY), toX, toY};
-  }
+void VEXTopology::sortEnds(double x, double y, End* list, std::size_t count) const {
   auto comesFirst = [&](const End& a, const End& b) {
     if (a.isLower != b.isLower) return b.isLower;
     const int side = orientation(x, y, a.x, a.y, b.x, b.y);
@@ -269,20 +259,38 @@ void VEXTopology::orderNode(std::size_t node) {
     const int order = compareCourses(courseOf(arcs_, a.half), courseOf(arcs_, b.half));
     return order != 0 ? order < 0 : a.half < b.half;
   };
-  if (count > kFew) {
-    std::sort(many.begin(), many.end(), comesFirst);
-  } else {
-    for (std::uint32_t i = 1; i < count; ++i) {
-      const End moved = list[i];
-      std::uint32_t at = i;
-      for (; at > 0 && comesFirst(moved, list[at - 1]); --at) list[at] = list[at - 1];
-      list[at] = moved;
-    }
+  constexpr std::size_t kFew = 16;
+  if (count > kFew) return std::sort(list, list + count, comesFirst);
+  for (std::size_t i = 1; i < count; ++i) {
+    const End moved = list[i];
+    std::size_t at = i;
+    for (; at > 0 && comesFirst(moved, list[at - 1]); --at) list[at] = list[at - 1];
+    list[at] = moved;
   }
-  for (std::uint32_t i = 0; i < count; ++i) {
-    ends_[first + i] = list[i].half;
-    next_[list[i].half ^ 1U] = list[i + 1 == count ? 0 : i + 1].half;
+}
+
+// Ends of arcs that have gone leave their places; the order of the others stays.
+void VEXTopology::dropRemovedEnds() {
+  std::uint32_t kept = 0;
+  std::uint32_t from = 0;
+  for (std::size_t node = 0; node + 1 < endStart_.size(); ++node) {
+    const std::uint32_t until = endStart_[node + 1];
+    endStart_[node] = kept;
+    for (; from < until; ++from)
+      if (!arcs_.record(static_cast<std::int32_t>(ends_[from] / 2) + 1).isRemoved) ends_[kept++] = ends_[from];
   }
+  endStart_.back() = kept;
+  ends_.resize(kept);
+  linkEnds();
+}
+
+void VEXTopology::linkEnds() {
+  for (std::size_t node = 0; node + 1 < endStart_.size(); ++node) {
+    const std::uint32_t first = endStart_[node];
+    const std::uint32_t last = endStart_[node + 1];
+    for (std::uint32_t i = first; i < last; ++i) next_[ends_[i] ^ 1U] = ends_[i + 1 == last ? first : i + 1];
+  }
+  isOrdered_ = true;
 }
 
 // ---- asking ----

@@ -130,8 +130,17 @@ class VEXTopology {
                std::span<const std::int32_t> attributes, VEXLineOutcome& outcome);
   void addArc(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t userId,
               std::span<const std::int32_t> attributes, VEXLineOutcome& outcome);
+  // One end of an arc as it is put in order around its node.
+  struct End {
+    std::uint32_t half = 0;
+    bool isLower = false;  // seen from the node at more than 180 degrees
+    double x = 0.0;        // the first coordinate away from the node
+    double y = 0.0;
+  };
   void orderEnds();  // arc ends of every node in rotational order, and what follows what
-  void orderNode(std::size_t node);
+  void sortEnds(double x, double y, End* list, std::size_t count) const;
+  void dropRemovedEnds();
+  void linkEnds();
 
   int mode_;
   std::size_t sizeHint_;
@@ -139,6 +148,7 @@ class VEXTopology {
   VEXTopologyNodeIndex nodes_;
   VEXTopologyArcIndex arcs_;
   std::vector<double> partX_, partY_, partZ_;  // the part that is being added, without points that stand twice
+  std::int32_t lastNode_ = -1;                 // where the last arc ended
   bool isOrdered_ = false;
   std::vector<std::uint32_t> endStart_;  // per node: where its arc ends begin in ends_
   std::vector<std::uint32_t> ends_;  // half edges by the node that they leave, counter-clockwise; the east comes last
