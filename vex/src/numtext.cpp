@@ -24,6 +24,18 @@ bool isWholeTail(std::string_view rest) {
   return rest.empty() || (rest[0] == '.' && rest.find_first_not_of("0 ", 1) == std::string_view::npos);
 }
 
+bool continuesCharacter(char c) {
+  return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+// How many bytes the UTF-8 character has that begins with this byte; 1 for what begins none.
+std::size_t characterBytes(char lead) {
+  const auto byte = static_cast<unsigned char>(lead);
+  if (byte >= 0xC2 && byte <= 0xDF) return 2;
+  if (byte >= 0xE0 && byte <= 0xEF) return 3;
+  return byte >= 0xF0 && byte <= 0xF4 ? 4 : 1;
+}
+
 }  // namespace
 
 void appendInteger(std::string& out, std::int64_t value) {
@@ -181,6 +193,17 @@ std::string_view trimmed(std::string_view text, std::string_view characters) {
   std::size_t first = text.find_first_not_of(characters);
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(characters) - first + 1);
+}
+
+std::string_view cutToBytes(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return text;
+  std::size_t start = most;  // of the character that the cut would fall into
+  while (start > 0 && most - start < 3 && continuesCharacter(text[start])) --start;
+  const std::size_t end = start + characterBytes(text[start]);
+  if (end <= most || end > text.size()) return text.substr(0, most);
+  for (std::size_t i = start + 1; i < end; ++i)
+    if (!continuesCharacter(text[i])) return text.substr(0, most);
+  return text.substr(0, start);
 }
 
 void splitAt(std::string_view text, char separator, std::vector<std::string>& pieces) {

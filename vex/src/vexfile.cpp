@@ -199,11 +199,16 @@ char* VEXOutputFile::appendSpace(std::size_t count) {
 }
 
 bool VEXOutputFile::patch(std::uint64_t offset, std::string_view bytes) {
+  if (fd_ < 0 || error_ != 0) return false;
+  const bool isInBuffer = offset >= flushed_ && offset + bytes.size() <= this->offset();
+  if (isInBuffer && lseek(fd_, 0, SEEK_CUR) < 0) {
+    std::memcpy(buffer_.get() + (offset - flushed_), bytes.data(), bytes.size());
+    return true;
+  }
   if (!flush()) return false;
   while (!bytes.empty()) {
     ssize_t put = ::pwrite(fd_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
     if (put < 0 && errno == EINTR) continue;
-    if (put < 0 && errno == ESPIPE) return true;  // a device has no earlier bytes to change
     if (put <= 0) {
       error_ = put < 0 ? errno : EIO;
       return false;

@@ -76,7 +76,8 @@ class VEXOutputFile {
   // `count` is at most kMostSpace.
   char* appendSpace(std::size_t count);
   static constexpr std::size_t kMostSpace = std::size_t{1} << 20;
-  bool patch(std::uint64_t offset, std::string_view bytes);  // overwrites what was written before
+  // Overwrites what was written before. A pipe has no way back: there it fails unless all is still in the buffer.
+  bool patch(std::uint64_t offset, std::string_view bytes);
   std::uint64_t offset() const { return flushed_ + used_; }  // bytes written so far
   bool flush();
   bool close();                        // false when anything was not written

@@ -253,7 +253,7 @@ VEXStatus DatabaseTable::store(std::span<const std::string_view> record, std::sp
         continue;
       }
       columns.push_back(columns_[i]);
-      values.emplace_back(record[i]);
+      values.emplace_back(output_->storedForm(i, record[i]));
     }
     VEXDatabaseStatement* statement = nullptr;
     VEX_TRY(lookUp(columns, nullColumns, values, statement));
