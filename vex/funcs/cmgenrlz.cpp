@@ -1,6 +1,8 @@
 // @Generalize(Douglas,<tolerance>): drops vertices that lie nearer to the line between their neighbours than the
 // tolerance. A feature that loses all its coordinates is deleted.
-// @Generalize(Poiker,<tolerance>) and @Generalize(Deveau,<tolerance>,<maxIterations>,<sharpAngle>) are not built yet.
+// @Generalize(Deveau,<tolerance>,<maxIterations>,<sharpAngle>): keeps a vertex where no line passes all points since
+// the last kept one within half the tolerance; maxIterations is the number of lines tried, from points around that one.
+// @Generalize(Poiker,<tolerance>): the same with one line through the last kept point; kept vertices move onto it.
 #include "vex/inc/numtext.h"
 #include "vex/src/cmdrule.h"
 #include "vex/src/geomwork.h"
@@ -9,6 +11,7 @@
 namespace {
 
 constexpr std::uint32_t kBadCall = 822001;
+constexpr int kBand = 1;
 constexpr const char* kNames[] = {"tolerance", "maxIterations", "sharpAngle"};
 
 constexpr VEXCommandRule kRule{.name = "Generalize",
@@ -37,9 +40,14 @@ class VEXGeneralizeCmd final : public VEXRuleCommand {
     double numbers[3] = {};
     for (std::size_t i = 1; i < args.count(); ++i)
       if (!textToReal(args.text(i), numbers[i - 1])) return makeStatus(822005, {kNames[i - 1], args.text(i)});
-    if (algorithm != "Douglas") return makeStatus(822006, {algorithm});
     const std::size_t before = feature->numCoords();
-    VEX_TRY(changeGeometry(*feature, [&](VEXLine& line) { return line.simplifyDouglas(numbers[0]); }));
+    VEX_TRY(changeGeometry(*feature, [&](VEXLine& line) {
+      if (algorithm == "Douglas") return line.simplifyDouglas(numbers[0]);
+      if (algorithm == "Poiker") return line.simplifyDeveau(numbers[0], 0.0, kBand);
+      // What is no number of lines from 2 on is the largest: one line alone is Poiker's.
+      const double wanted = numbers[1];
+      return line.simplifyDeveau(numbers[0], numbers[2], wanted >= 2.0 && wanted < 31.0 ? static_cast<int>(wanted) : 0);
+    }));
     numBefore_ += static_cast<std::int64_t>(before);
     numAfter_ += static_cast<std::int64_t>(feature->numCoords());
     if (before > 0 && feature->numCoords() == 0) feature.reset();

@@ -57,6 +57,30 @@ RpPacked::RpPacked(const std::vector<RpEntry>& entries) {
   } while (below.size() > kRun);
 }
 
+void RpPacked::setBox(std::size_t at, const RpBox& box) {
+  boxes_[at] = box;
+  for (std::size_t level = 0; level < levels_.size(); ++level) {
+    at /= kRun;
+    const std::size_t below = level == 0 ? boxes_.size() : levels_[level - 1].size();
+    RpBox cover = RpBox::nothing();
+    for (std::size_t under = at * kRun; under < std::min((at + 1) * kRun, below); ++under) {
+      if (level == 0) {
+        cover.add(boxes_[under]);
+      } else {
+        const Cover& lower = levels_[level - 1][under];
+        cover.add({lower.minX, lower.minY, lower.maxX, lower.maxY});
+      }
+    }
+    levels_[level][at] = Cover(cover);
+  }
+}
+
+void RpPacked::hideAll() {
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  std::fill(boxes_.begin(), boxes_.end(), RpBox{kNaN, kNaN, kNaN, kNaN});
+  for (std::vector<Cover>& covers : levels_) std::fill(covers.begin(), covers.end(), Cover(RpBox::nothing()));
+}
+
 // Halves across the longer side, at whole runs of the highest level that has more than one: all runs are then full but
 // the last ones.
 void RpPacked::order(Place* places, std::size_t count) {

@@ -13,6 +13,9 @@ class RpPacked {
 
   std::size_t numEntries() const { return boxes_.size(); }
   RpEntry entry(std::size_t at) const { return {boxes_[at], ids_[at]}; }
+  // Gives the entry another box; one of NaN hides it from searches.
+  void setBox(std::size_t at, const RpBox& box);
+  void hideAll();
 
   // Adds the id of each entry that meets the box and passes the test.
   template <class Test>

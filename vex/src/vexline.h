@@ -134,11 +134,16 @@ class VEXLine {
   VEXStatus orientRings(bool counterClockwise);
   VEXStatus addHole(const VEXLine& hole);  // 244012, 244013
   VEXStatus collapseToCentre();
+  // A polygon of its own: the convex hull of a donut's outer ring, of an aggregate's parts, of all else; with fewer
+  // than three coordinates a clone. 244031: no coordinate is a number.
+  VEXStatus convexHull(VEXLine& hull) const;
   VEXStatus dropHoles();       // 244004: the outer ring never closes
   VEXStatus convertToMulti();  // 244009: a part of a code that it cannot hold
   // Sub-rings of a closed polygon, from each coordinate to its next equal one; code 0 below three edges.
   void splitAtRepeated(std::vector<VEXLine>& parts) const;
   VEXStatus simplifyDouglas(double tolerance);
+  // The walk of VEXDeveau over each part; a fan of 1 is the band ("Poiker"), which moves vertices.
+  VEXStatus simplifyDeveau(double tolerance, double sharpAngleDegrees, int fanSize);
   // New vertices on the segments, z between those of the ends. 244025: more than kMostNewCoords would come.
   VEXStatus addVerticesByCount(std::size_t perSegment);
   VEXStatus addVerticesByInterval(double longest);   // equal pieces, none longer
@@ -187,6 +192,8 @@ class VEXLine {
   void keepFirst(std::size_t count);
   void thinRun(std::size_t first, std::size_t last, double tolerance, std::vector<bool>& kept) const;
   void thin(double tolerance);
+  void thinByWalk(double tolerance, double sharpAngleDegrees, int fanSize);
+  void keepFour(std::size_t first, std::size_t last, std::vector<bool>& kept) const;
   void roundRun(int axis, int decimals);
   template <class Divide>
   VEXStatus divideSegments(Divide&& divide);
@@ -205,6 +212,10 @@ class VEXLine {
   std::uint32_t geomType_ = VEX_GEOM_UNDEFINED;
   bool ownedGeom_ = STK_TRUE;
 };
+
+// The convex hull's points, counter-clockwise from the leftmost (and lowest), which stands again at the end; those on
+// an edge are left out. One distinct point comes twice. Coordinates that are no finite numbers are passed over.
+std::vector<std::size_t> hullIndices(VEXOrdinates xs, VEXOrdinates ys);
 
 template <class Visit>
 VEXStatus VEXLine::forEachLeaf(Visit&& visit) const {

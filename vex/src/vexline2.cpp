@@ -409,3 +409,62 @@ void VEXLine::splitAtRepeated(std::vector<VEXLine>& parts) const {
     start = end + 1;
   }
 }
+
+// ---- hull ----
+
+std::vector<std::size_t> hullIndices(VEXOrdinates xs, VEXOrdinates ys) {
+  std::vector<std::size_t> order;
+  for (std::size_t at = 0; at < xs.size(); ++at) {
+    if (std::isfinite(xs[at]) && std::isfinite(ys[at])) order.push_back(at);
+  }
+  std::sort(order.begin(), order.end(), [&](std::size_t one, std::size_t other) {
+    if (xs[one] != xs[other]) return xs[one] < xs[other];
+    return ys[one] != ys[other] ? ys[one] < ys[other] : one < other;
+  });
+  const auto isSame = [&](std::size_t one, std::size_t other) { return xs[one] == xs[other] && ys[one] == ys[other]; };
+  order.erase(std::unique(order.begin(), order.end(), isSame), order.end());
+  if (order.empty()) return order;
+  if (order.size() == 1) return {order[0], order[0]};
+  std::vector<std::size_t> chain;
+  const auto extend = [&](std::size_t p, std::size_t first) {
+    while (chain.size() > first + 1) {
+      const std::size_t a = chain[chain.size() - 2], b = chain.back();
+      const double side = (ys[a] - ys[b]) * (xs[p] - xs[b]) - (xs[a] - xs[b]) * (ys[p] - ys[b]);
+      if (side > 0.0) break;  // a turn to the left
+      chain.pop_back();
+    }
+    chain.push_back(p);
+  };
+  for (const std::size_t at : order) extend(at, 0);
+  const std::size_t turn = chain.size() - 1;
+  for (std::size_t at = order.size() - 1; at-- > 0;) extend(order[at], turn);
+  return chain;
+}
+
+VEXStatus VEXLine::convexHull(VEXLine& hull) const {
+  if (numCoords_ < 3) {
+    hull = clone();
+    return nullptr;
+  }
+  std::vector<VEXLineRange> ranges = {{0, numCoords_, geomType_}};
+  if (geomType_ == VEX_GEOM_DONUT) ranges[0] = ringAt(0, numCoords_);
+  if (geomType_ == VEX_GEOM_AGGREGATE) VEX_TRY(leaves(ranges));
+  std::vector<double> x, y, z;
+  for (const VEXLineRange& range : ranges) {
+    const auto first = static_cast<std::ptrdiff_t>(range.first), count = static_cast<std::ptrdiff_t>(range.count);
+    x.insert(x.end(), xCoord_ + first, xCoord_ + first + count);
+    y.insert(y.end(), yCoord_ + first, yCoord_ + first + count);
+    if (hasZ_) z.insert(z.end(), zCoord_ + first, zCoord_ + first + count);
+  }
+  const std::vector<std::size_t> chosen = hullIndices(x, y);
+  if (chosen.empty()) return makeStatus(244031);
+  std::vector<double> hullX, hullY, hullZ;
+  for (const std::size_t at : chosen) {
+    hullX.push_back(x[at]);
+    hullY.push_back(y[at]);
+    if (hasZ_) hullZ.push_back(z[at]);
+  }
+  hull = hasZ_ ? VEXLine(std::move(hullX), std::move(hullY), std::move(hullZ), VEX_GEOM_POLYGON)
+               : VEXLine(std::move(hullX), std::move(hullY), VEX_GEOM_POLYGON);
+  return nullptr;
+}

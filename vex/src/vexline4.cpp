@@ -7,6 +7,7 @@
 
 #include "vex/inc/numtext.h"
 #include "vex/inc/vexassert.h"
+#include "vex/src/deveau.h"
 #include "vex/src/vexline.h"
 
 namespace {
@@ -71,24 +72,72 @@ void VEXLine::thin(double tolerance) {
     kept[at] = true;
     if (part.last < at + 2) continue;
     thinRun(at, part.last, tolerance, kept);
-    // A ring keeps four coordinates: the vertices that stand out farthest come back.
-    const bool isRing = xCoord_[at] == xCoord_[part.last] && yCoord_[at] == yCoord_[part.last];
-    while (isRing && std::count(bit(at), bit(part.last) + 1, true) < 4) {
-      const auto other = static_cast<std::size_t>(std::find(bit(at + 1), bit(part.last), true) - kept.begin());
-      double farthest = -1.0;
-      std::size_t chosen = at;
-      for (std::size_t i = at + 1; i < part.last; ++i) {
-        const double distance =
-            distanceToSegment(xCoord_[i], yCoord_[i], xCoord_[at], yCoord_[at], xCoord_[other], yCoord_[other]);
-        if (kept[i] || !(distance > farthest)) continue;
-        farthest = distance;
-        chosen = i;
-      }
-      if (kept[chosen]) break;
-      kept[chosen] = true;
-    }
+    keepFour(at, part.last, kept);
   }
   keepOnly(kept);
+}
+
+// A ring keeps four coordinates: the vertices that stand out farthest come back.
+void VEXLine::keepFour(std::size_t first, std::size_t last, std::vector<bool>& kept) const {
+  auto bit = [&kept](std::size_t i) { return kept.begin() + static_cast<std::ptrdiff_t>(i); };
+  const bool isRing = xCoord_[first] == xCoord_[last] && yCoord_[first] == yCoord_[last];
+  while (isRing && std::count(bit(first), bit(last) + 1, true) < 4) {
+    const auto other = static_cast<std::size_t>(std::find(bit(first + 1), bit(last), true) - kept.begin());
+    double farthest = -1.0;
+    std::size_t chosen = first;
+    for (std::size_t i = first + 1; i < last; ++i) {
+      const double distance =
+          distanceToSegment(xCoord_[i], yCoord_[i], xCoord_[first], yCoord_[first], xCoord_[other], yCoord_[other]);
+      if (kept[i] || !(distance > farthest)) continue;
+      farthest = distance;
+      chosen = i;
+    }
+    if (kept[chosen]) break;
+    kept[chosen] = true;
+  }
+}
+
+void VEXLine::thinByWalk(double tolerance, double sharpAngleDegrees, int fanSize) {
+  std::vector<bool> kept(numCoords_, false);
+  VEXDeveau walk;
+  walk.start(tolerance, sharpAngleDegrees, fanSize);
+  VEXLinePart part;
+  for (std::size_t at = 0; at < numCoords_; at = part.next) {
+    runAt(at, part);
+    std::fill(kept.begin() + static_cast<std::ptrdiff_t>(part.last),
+              kept.begin() + static_cast<std::ptrdiff_t>(part.next), true);
+    kept[at] = true;
+    if (part.last < at + 2) continue;
+    const VEXPoint end = point(part.last);
+    const auto drain = [&] {
+      VEXDeveau::Output output;
+      while (walk.takeOutput(output)) {
+        const std::size_t i = at + output.number;
+        if (i <= at || i >= part.last) continue;  // the ends of a part stay where they are
+        kept[i] = true;
+        ownedX_[i] = output.x;
+        ownedY_[i] = output.y;
+      }
+    };
+    walk.firstPoint(xCoord_[at], yCoord_[at]);
+    drain();
+    for (std::size_t i = at + 1; i <= part.last; ++i) {
+      walk.nextPoint(xCoord_[i], yCoord_[i]);
+      drain();
+    }
+    walk.firstPoint(end.x, end.y);
+    drain();
+    walk.start(tolerance, sharpAngleDegrees, fanSize);
+    keepFour(at, part.last, kept);
+  }
+  keepOnly(kept);
+}
+
+VEXStatus VEXLine::simplifyDeveau(double tolerance, double sharpAngleDegrees, int fanSize) {
+  return extendStatus(workOnParts([=](VEXLine& line) -> VEXStatus {
+    line.thinByWalk(tolerance, sharpAngleDegrees, fanSize);
+    return nullptr;
+  }));
 }
 
 VEXStatus VEXLine::simplifyDouglas(double tolerance) {
