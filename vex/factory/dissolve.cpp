@@ -154,28 +154,26 @@ void VEXDissolver::growPoints() {
   }
 }
 
+// Nearly every point has few segments to higher ones: they stand beside each other, where the ring before has just
+// looked. Those of a point with many go to a hash table.
 VEXDissolver::Segment& VEXDissolver::segmentOf(std::uint32_t a, std::uint32_t b) {
-  if (segmentTable_.size() < 2 * (segments_.size() + 1)) growSegments();
   if (a > b) std::swap(a, b);
-  const std::size_t mask = segmentTable_.size() - 1;
-  std::size_t slot = mixed(a, b) & mask;
-  for (; segmentTable_[slot] != 0; slot = (slot + 1) & mask) {
-    Segment& segment = segments_[segmentTable_[slot] - 1];
-    if (segment.a == a && segment.b == b) return segment;
+  std::uint32_t* near = nearSegments_.data() + std::size_t{kNear} * a;
+  for (std::size_t at = 0; at < kNear; ++at) {
+    if (near[at] == 0) {
+      segments_.push_back({a, b, 0, 0});
+      near[at] = static_cast<std::uint32_t>(segments_.size());
+      return segments_.back();
+    }
+    Segment& segment = segments_[near[at] - 1];
+    if (segment.b == b) return segment;
   }
-  segments_.push_back({a, b, 0, 0});
-  segmentTable_[slot] = static_cast<std::uint32_t>(segments_.size());
-  return segments_.back();
-}
-
-void VEXDissolver::growSegments() {
-  segmentTable_.assign(std::max(kFirstTable, 2 * segmentTable_.size()), 0);
-  const std::size_t mask = segmentTable_.size() - 1;
-  for (std::size_t at = 0; at < segments_.size(); ++at) {
-    std::size_t slot = mixed(segments_[at].a, segments_[at].b) & mask;
-    while (segmentTable_[slot] != 0) slot = (slot + 1) & mask;
-    segmentTable_[slot] = static_cast<std::uint32_t>(at + 1);
+  const auto [found, isNew] = farSegments_.try_emplace(std::uint64_t{a} << 32 | b, 0U);
+  if (isNew) {
+    segments_.push_back({a, b, 0, 0});
+    found->second = static_cast<std::uint32_t>(segments_.size());
   }
+  return segments_[found->second - 1];
 }
 
 std::int32_t VEXDissolver::find(std::int32_t element) {
@@ -204,6 +202,9 @@ VEXStatus VEXDissolver::dissolve() {
 // A segment that rings run along both ways lies between areas. Rings that run along it the same way overlap: the
 // first one stands for all.
 void VEXDissolver::enterSegments() {
+  pointTable_ = {};
+  segments_.reserve(pointX_.size() + pointX_.size() / 4);
+  nearSegments_.assign(kNear * pointX_.size(), 0);
   for (std::size_t ring = 0; ring < rings_.size(); ++ring) {
     const auto id = static_cast<std::int32_t>(ring) + 1;
     const std::uint32_t* points = ringPoints_.data() + rings_[ring].firstPoint;
@@ -309,12 +310,13 @@ VEXStatus VEXDissolver::dissolveRaw() {
     VEX_TRY(faces.addLine(piece.xs, piece.ys, piece.zs, 0, piece.chainIds));
   intersector_.reset();
   VEXTopologyResult result;
-  VEX_TRY(faces.buildPolygons(result));
+  VEXPolygonOptions options;
+  options.keepLines = false;
+  VEX_TRY(faces.buildPolygons(result, options));
   noteFaults(faces, result);
   if (!faults_.empty()) return nullptr;
   std::vector<std::int64_t> cover;
-  VEX_TRY(coverFaces(faces, result, cover));
-  result = VEXTopologyResult();
+  coverFaces(faces, static_cast<std::size_t>(result.numPolygons) + 1, cover);
 
   // From here on faces are joined, not rings: face f is the element f.
   parents_.resize(cover.size());
@@ -353,13 +355,11 @@ VEXStatus VEXDissolver::dissolveRaw() {
 
 // How many rings have each face inside, less those that have it outside in the same turn: what is not 0 is covered.
 // A step over an arc changes the count by the rings along it; the outside of everything, face 0, has 0.
-VEXStatus VEXDissolver::coverFaces(VEXTopology& faces, const VEXTopologyResult& result,
-                                   std::vector<std::int64_t>& cover) {
+void VEXDissolver::coverFaces(VEXTopology& faces, std::size_t count, std::vector<std::int64_t>& cover) {
   struct Step {
     std::int32_t to;
     std::int32_t change;
   };
-  const std::size_t count = result.polygons.size() + 1;
   std::vector<std::size_t> starts(count + 1, 0);
   auto forEachArc = [&faces](auto&& visit) {
     for (std::int32_t id = 1; id <= faces.numArcs(); ++id) {
@@ -398,7 +398,6 @@ VEXStatus VEXDissolver::coverFaces(VEXTopology& faces, const VEXTopologyResult& 
       waiting.push_back(to);
     }
   }
-  return nullptr;
 }
 
 // ---- the outline ----

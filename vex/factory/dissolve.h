@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -55,7 +56,6 @@ class VEXDissolver {
   std::uint32_t pointOf(double x, double y, double z);
   Segment& segmentOf(std::uint32_t a, std::uint32_t b);
   void growPoints();
-  void growSegments();
   std::int32_t find(std::int32_t element);  // the representative of joined rings or faces
   void join(std::int32_t a, std::int32_t b);
 
@@ -64,7 +64,7 @@ class VEXDissolver {
   VEXStatus emitRuns(std::size_t ring, VEXTopology& outline);
   VEXStatus emitRun(const std::vector<std::uint32_t>& points, std::size_t ring, bool isOutline, VEXTopology& outline);
   VEXStatus dissolveRaw();
-  VEXStatus coverFaces(VEXTopology& faces, const VEXTopologyResult& result, std::vector<std::int64_t>& cover);
+  void coverFaces(VEXTopology& faces, std::size_t count, std::vector<std::int64_t>& cover);
   // Polygons of the outline whose right side, along a line of user id above 0, is covered; below 0 the left side.
   VEXStatus formOutline(VEXTopology& outline, const std::vector<std::pair<std::int32_t, std::int32_t>>& roots);
   void noteFaults(const VEXTopology& topology, VEXTopologyResult& result);
@@ -79,7 +79,9 @@ class VEXDissolver {
   std::vector<std::uint32_t> pointTable_;  // numbers of points from 1; 0: free
   std::vector<std::uint32_t> ringPoints_;
   std::vector<Segment> segments_;
-  std::vector<std::uint32_t> segmentTable_;
+  static constexpr std::size_t kNear = 3;
+  std::vector<std::uint32_t> nearSegments_;  // numbers from 1, kNear for each point; 0: none
+  std::unordered_map<std::uint64_t, std::uint32_t> farSegments_;
   std::vector<std::uint8_t> outlineEnds_;  // of each point: segments of the outline that end there, 3 for more
   // ---- raw ----
   std::unique_ptr<VEXLineIntersector> intersector_;

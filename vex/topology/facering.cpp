@@ -232,10 +232,14 @@ VEXLine VEXFaceWalk::takeLine(std::uint32_t code) {
   std::vector<double> y(wholeY_);
   std::vector<double> z(wholeZ_);
   const bool hasZ = graph_.dimension_ == 3;
+  dropGathered();
+  return hasZ ? VEXLine(std::move(x), std::move(y), std::move(z), code) : VEXLine(std::move(x), std::move(y), code);
+}
+
+void VEXFaceWalk::dropGathered() {
   wholeX_.clear();
   wholeY_.clear();
   wholeZ_.clear();
-  return hasZ ? VEXLine(std::move(x), std::move(y), std::move(z), code) : VEXLine(std::move(x), std::move(y), code);
 }
 
 void VEXFaceWalk::makePolygons() {
@@ -298,10 +302,13 @@ void VEXFaceWalk::makePolygon(std::uint32_t face, std::span<const std::uint32_t>
       isSound = isSound && append(std::span(outerHalves_).subspan(ring.first, ring.count));
     }
   }
-  polygon.line = takeLine(numRings > 1 ? VEX_GEOM_DONUT : VEX_GEOM_POLYGON);
+  if (options_.keepLines)
+    polygon.line = takeLine(numRings > 1 ? VEX_GEOM_DONUT : VEX_GEOM_POLYGON);
+  else
+    dropGathered();
   if (!isSound) return addFault(face);
-  output_.polygons.push_back(std::move(polygon));
-  const std::int32_t number = static_cast<std::int32_t>(output_.polygons.size());
+  if (options_.keepLines || options_.keepArcs) output_.polygons.push_back(std::move(polygon));
+  const std::int32_t number = ++output_.numPolygons;
   auto setSide = [&](std::uint32_t half) {
     VEXTopologyArcIndex::Record& arc = arcs_.record(static_cast<std::int32_t>(half / 2) + 1);
     (half % 2 == 0 ? arc.right : arc.left) = number;
@@ -311,6 +318,7 @@ void VEXFaceWalk::makePolygon(std::uint32_t face, std::span<const std::uint32_t>
 }
 
 void VEXFaceWalk::makeOutside(const Component& component) {
+  if (!options_.keepLines && !options_.keepArcs) return;
   VEXTopologyBoundary& boundary = output_.outside.emplace_back();
   for (std::uint32_t k = 0; k < component.numRings; ++k) {
     const Ring& ring = outerRings_[component.firstRing + k];

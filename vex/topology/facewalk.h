@@ -66,6 +66,7 @@ class VEXFaceWalk {
   void appendGathered();
   void appendArcs(std::span<const std::uint32_t> ring, VEXArcList& arcs) const;
   VEXLine takeLine(std::uint32_t code);
+  void dropGathered();
   void makePolygons();
   void makePolygon(std::uint32_t face, std::span<const std::uint32_t> inside);
   void makeOutside(const Component& component);

@@ -24,6 +24,7 @@ enum class VEXPseudoNodes {
 };
 
 struct VEXPolygonOptions {
+  bool keepLines = true;  // false: only the arcs' sides, numPolygons, faults and what is taken out are wanted
   bool keepArcs = false;  // polygons and outer boundaries carry their arc lists
   VEXPseudoNodes pseudoNodes = VEXPseudoNodes::Keep;
   bool removeDangles = false;  // arcs with an end that no other arc shares, again and again
@@ -57,6 +58,7 @@ struct VEXTopologyFault {
 };
 
 struct VEXTopologyResult {
+  std::int32_t numPolygons = 0;
   std::vector<VEXTopologyPolygon> polygons;  // component by component, the one with the lowest point first
   std::vector<VEXTopologyBoundary> outside;  // outer boundaries that no polygon contains: the universe's rings
   std::vector<VEXTopologyFault> faults;      // their faces are no polygons; all others are in the output
