@@ -66,8 +66,8 @@ TEST_F(Dbf, TextsAreCutBetweenCharacters) {
   };
   for (const Row& row :
        {Row{"abc", 2, "ab"}, Row{"a\xC3\xA4", 3, "a\xC3\xA4"}, Row{"a\xC3\xA4", 2, "a "}, Row{"\xC3\xA4", 1, " "},
-        Row{"\xE2\x82\xACx", 3, "\xE2\x82\xAC"}, Row{"x\xE2\x82\xAC", 3, "x  "},
-        Row{"\xF0\x9F\x8C\x8D.", 3, "   "}, Row{"\xE4\xF6\xFC", 2, "\xE4\xF6"}, Row{"\xA4\xA4\xA4\xA4\xA4", 4, "\xA4\xA4\xA4\xA4"},
+        Row{"\xE2\x82\xACx", 3, "\xE2\x82\xAC"}, Row{"x\xE2\x82\xAC", 3, "x  "}, Row{"\xF0\x9F\x8C\x8D.", 3, "   "},
+        Row{"\xE4\xF6\xFC", 2, "\xE4\xF6"}, Row{"\xA4\xA4\xA4\xA4\xA4", 4, "\xA4\xA4\xA4\xA4"},
         Row{"x\xE2\x82", 2, "x\xE2"}}) {
     std::string place(row.width, ' ');
     dbf::putText(place.data(), row.width, row.text);
