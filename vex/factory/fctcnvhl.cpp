@@ -1,5 +1,7 @@
 // ConvexHullFactory: makes the convex hull of the features of each group, at the end of input. What is held in memory
 // of a group is the points that its hull may have; its features are held on disk when they are to go out.
+#include <algorithm>
+
 #include "vex/factory/factory.h"
 #include "vex/factory/groupspl.h"
 #include "vex/inc/numtext.h"

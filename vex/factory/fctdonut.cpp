@@ -1,4 +1,6 @@
 // DonutFactory: polygons that lie in others become their holes, and points inside join their polygon.
+#include <span>
+
 #include "vex/factory/areatext.h"
 #include "vex/factory/factory.h"
 #include "vex/factory/flushtrg.h"

@@ -58,8 +58,8 @@ class RpPacked {
       std::size_t numFound = 0;
       for (std::size_t at = start; at < end; ++at) {
         found[numFound] = ids_[at];
-        // No branch: it could not be foretold.
-        numFound += std::size_t{boxes_[at].meets(box)} & std::size_t{test(boxes_[at])};
+        numFound +=
+            std::size_t{boxes_[at].meets(box)} & std::size_t{test(boxes_[at])};  // no branch: it could not be foretold
       }
       ids.insert(ids.end(), found, found + numFound);
     }

@@ -1,6 +1,7 @@
 #include "vex/src/vexdonut.h"
 
 #include <algorithm>
+#include <limits>
 #include <numeric>
 #include <optional>
 
