@@ -264,7 +264,7 @@ const VEXGridParms* VEXLineIntersector::Work::parmsFor(std::span<const VEXSpatia
 // in.
 void VEXLineIntersector::Work::findConcerned(std::vector<std::uint32_t>& segments) const {
   const VEXBox box = boxOf(chains.xs(), chains.ys());
-  const double side = std::clamp(std::floor(2.0 * std::sqrt(static_cast<double>(chains.numCoords()))), 1.0, 4096.0);
+  const double side = std::clamp(std::floor(std::sqrt(static_cast<double>(chains.numCoords() / 2))), 1.0, 4096.0);
   const auto perRow = static_cast<std::size_t>(side);
   const double inverseX = box.maxX > box.minX ? side / (box.maxX - box.minX) : 0.0;
   const double inverseY = box.maxY > box.minY ? side / (box.maxY - box.minY) : 0.0;

@@ -343,7 +343,7 @@ void VEXChainStore::rebuild() {
       const std::size_t pieces = newXs.size() - 1;
       std::size_t last = threaded;
       while (last < threadings_.size() && threadings_[last].segment == at) ++last;
-      bool isBent = dirty_[at] != 0 || startMoved;
+      bool isBent = (dirty_[at] & kMarked) != 0 || startMoved;
       if (last > threaded) {
         stopsOf(threaded, last);
         const VEXSegment s = segment(at);

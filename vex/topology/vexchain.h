@@ -70,11 +70,11 @@ class VEXChainStore {
     const float atEnd = end == kNoNode ? 0.0F : nodes_[end].tolerance;
     return static_cast<double>(atStart > atEnd ? atStart : atEnd);
   }
-  void markDirty(std::uint32_t segment) { dirty_[segment] = 1; }
+  void markDirty(std::uint32_t segment) { dirty_[segment] |= kMarked; }  // for the next round
 
   // ---- rounds ----
   void beginRounds();
-  bool isDirty(std::uint32_t segment) const { return dirty_[segment] != 0; }
+  bool isDirty(std::uint32_t segment) const { return (dirty_[segment] & kDirty) != 0; }
   std::size_t numDirty() const { return numDirty_; }
   // Since the last rebuild: places found, attached or united.
   std::size_t numChanges() const { return numChanges_; }
@@ -89,6 +89,7 @@ class VEXChainStore {
   void endRounds();
 
  private:
+  static constexpr std::uint8_t kDirty = 1, kMarked = 2;
   struct Threading {
     std::uint32_t segment;
     std::uint32_t node;
