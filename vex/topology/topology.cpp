@@ -71,6 +71,11 @@ int compareCourses(const Course& a, const Course& b) {
     if (isSame || aIsNearer) ++i;
     if (isSame || !aIsNearer) ++j;
     if (i == a.count || j == b.count) return (i == a.count ? 0 : 1) - (j == b.count ? 0 : 1);  // what ends comes first
+    if (a.xAt(i) == b.xAt(j) && a.yAt(i) == b.yAt(j)) {  // on they go
+      fromX = x;
+      fromY = y;
+      continue;
+    }
     // Counter-clockwise from the way back: the right side, straight on, the left side.
     auto rank = [&](double toX, double toY) {
       const int side = orientation(fromX, fromY, x, y, toX, toY);

@@ -6,6 +6,7 @@
 #include <random>
 
 #include "tests/unit/topology/topotest.h"
+#include "vex/topology/arcpolytopology.h"
 
 namespace {
 
@@ -288,6 +289,90 @@ TEST(TopologyRandom, LinesThatCrossAnywhereEndInTheSameWayEachTime) {
     }
   }
   EXPECT_GT(numFaults, 1000U);
+}
+
+// Some of the regions as areas: on each side of every arc lies the polygon that the arc tells, and every ring of a
+// polygon's arc list closes.
+TEST(TopologyRandom, ArcsTellWhatLiesOnTheirSides) {
+  constexpr std::uint64_t kSeed = 4711;
+  Random random(kSeed);
+  std::size_t numArcs = 0;
+  for (int round = 0; round < 300; ++round) {
+    SCOPED_TRACE("seed " + std::to_string(kSeed) + " round " + std::to_string(round));
+    const Lattice lattice(2 + below(random, 6));
+    const bool hasMoats = below(random, 2) == 0;
+    const std::size_t percent = hasMoats ? 90 : 40 + below(random, 61);
+    std::vector<std::size_t> chosen;
+    for (std::size_t edge = 0; edge < lattice.edges.size(); ++edge) {
+      const bool isInMoat =
+          hasMoats && lattice.level(lattice.edges[edge].from) != lattice.level(lattice.edges[edge].to);
+      if (below(random, 100) < percent && !isInMoat) chosen.push_back(edge);
+    }
+    VEXTopology topology;
+    addChains(lattice, chosen, {1, 0, 0, 0}, random, false, topology);
+    VEXTopologyResult result;
+    ASSERT_EQ(topology.buildPolygons(result, {.removeDangles = true, .removeCorridors = true}), nullptr);
+    VEXArcPolyTopology model;
+    std::vector<VEXLine> areas;
+    for (const VEXTopologyPolygon& polygon : result.polygons) {
+      if (below(random, 3) == 0) continue;
+      VEXFeaturePtr feature(new VEXFeature(2));
+      feature->loadFromLine(polygon.line.clone());
+      ASSERT_EQ(model.addFeature(feature), nullptr);
+      areas.push_back(polygon.line.clone());
+    }
+    VEXArcPolyNames names;
+    names.leftPolygon = "left";
+    names.rightPolygon = "right";
+    names.arcList = "arcs";
+    VEXFeatureVector arcs, polygons;
+    VEXFeaturePtr universe;
+    ASSERT_EQ(model.run(names, arcs, polygons, universe), nullptr);
+    ASSERT_EQ(polygons.size(), areas.size());
+    numArcs += arcs.size();
+    auto areaAt = [&](double x, double y) {
+      for (std::size_t i = 0; i < areas.size(); ++i)
+        if (holds(areas[i], {x, y, kNoZ})) return std::to_string(i + 1);
+      return std::string("0");
+    };
+    for (const VEXFeaturePtr& arc : arcs) {
+      const double dx = arc->xs()[1] - arc->xs()[0];
+      const double dy = arc->ys()[1] - arc->ys()[0];
+      const double x = arc->xs()[0] + dx / 2;
+      const double y = arc->ys()[0] + dy / 2;
+      EXPECT_EQ(*arc->findAttribute(VEXName::intern("left")), areaAt(x - dy / 8, y + dx / 8));
+      EXPECT_EQ(*arc->findAttribute(VEXName::intern("right")), areaAt(x + dy / 8, y - dx / 8));
+    }
+    if (universe) polygons.push_back(std::move(universe));
+    for (std::size_t p = 0; p < polygons.size(); ++p) {
+      double area = 0.0;
+      std::vector<double> x, y;
+      for (std::size_t i = 0;; ++i) {
+        const std::string* entry = polygons[p]->findAttribute(VEXName::intern("arcs{" + std::to_string(i) + "}"));
+        const int id = entry == nullptr ? 0 : std::stoi(*entry);
+        if (id == 0) {
+          ASSERT_GT(x.size(), 3U);
+          ASSERT_TRUE(x.front() == x.back() && y.front() == y.back());
+          area += signedRingArea(x, y);
+          x.clear();
+          y.clear();
+          if (entry == nullptr) break;
+          continue;
+        }
+        VEXLine line = arcs[static_cast<std::size_t>(std::abs(id)) - 1]->buildLine();
+        if (id < 0) line.reverse(0, line.numCoords() - 1);
+        ASSERT_TRUE(x.empty() || (x.back() == line.xs().front() && y.back() == line.ys().front()));
+        x.insert(x.end(), line.xs().begin(), line.xs().end());
+        y.insert(y.end(), line.ys().begin(), line.ys().end());
+      }
+      if (p < areas.size()) {
+        EXPECT_EQ(area, -areaOf(areas[p]));  // clockwise
+      } else {
+        EXPECT_EQ(area, model.totalArea());
+      }
+    }
+  }
+  EXPECT_GT(numArcs, 5000U);
 }
 
 }  // namespace
