@@ -9,7 +9,7 @@ import re
 import sys
 
 # Numbers of five or six digits in the code that are no messages.
-NOT_MESSAGES = {10000, 16384, 20021, 32768, 50000, 65535, 65536, 99999, 100000, 262144, 500000, 999999}
+NOT_MESSAGES = {10000, 16384, 20021, 30000, 32768, 50000, 65535, 65536, 99999, 100000, 262144, 500000, 999999}
 
 root = pathlib.Path(sys.argv[1])
 faults = []
