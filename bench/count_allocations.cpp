@@ -43,11 +43,19 @@ long allocationsOf(const fs::path& directory, const char* mappingFile, const cha
   return allocations - before;
 }
 
-void writeMapping(const fs::path& path, const std::string& source, const std::string& destination) {
-  std::ofstream(path) << "READER_TYPE TABLE\nREADER_KEYWORD IN\nIN_DATASET $(ORV_MF_DIR)\nIN_DEF r " << source
-                      << "\nWRITER_TYPE TABLE\nWRITER_KEYWORD OUT\nOUT_DATASET $(ORV_MF_DIR)out\nOUT_DEF s " << destination
-                      << "\nIN r ID %id NAME %name VALUE %value\n"
-                      << "OUT s ID %id NAME %name VALUE %value LABEL @Concatenate(%name,-,%id)\n";
+void writeMapping(const fs::path& path, const std::string& reader, const std::string& writer) {
+  std::ofstream(path) << "READER_KEYWORD IN\nWRITER_KEYWORD OUT\n" << reader << writer
+                      << "IN r ID %id NAME %name VALUE %value\n"
+                      << "OUT r ID %id NAME %name VALUE %value LABEL @Concatenate(%name,-,%id) @XValue(%id,Reset) @YValue(%value)\n";
+}
+
+std::string tableIn(const std::string& row) {
+  return "READER_TYPE TABLE\nIN_DATASET $(ORV_MF_DIR)\nIN_DEF r " + row + "\n";
+}
+
+std::string tableOut(const std::string& row) {
+  return "WRITER_TYPE TABLE\nOUT_DATASET $(ORV_MF_DIR)out\nOUT_DEF r " + row +
+         " ID number(10,0) NAME char(60) VALUE number(12,2) LABEL char(80)\n";
 }
 
 }  // namespace
@@ -58,12 +66,15 @@ int main() {
   fs::create_directories(directory);
   writeRows(directory / "once.csv", kRows);
   writeRows(directory / "twice.csv", 2 * kRows);
-  const std::string columns = " ID number(10,0) NAME char(60) VALUE number(12,2) LABEL char(80)";
-  writeMapping(directory / "csv_dbf.orv", "CSV $(INPUT).csv CSV_SKIP_LINES 1", "DBF $(INPUT).dbf" + columns);
-  writeMapping(directory / "dbf_csv.orv", "DBF out/$(INPUT).dbf", "CSV $(INPUT).csv" + columns);
-  writeMapping(directory / "csv_csv.orv", "CSV $(INPUT).csv CSV_SKIP_LINES 1", "CSV $(INPUT)2.csv" + columns);
+  const std::string csv = "CSV $(INPUT).csv CSV_SKIP_LINES 1";
+  writeMapping(directory / "csv_dbf.orv", tableIn(csv), tableOut("DBF $(INPUT).dbf"));
+  writeMapping(directory / "dbf_csv.orv", tableIn("DBF out/$(INPUT).dbf"), tableOut("CSV $(INPUT).csv"));
+  writeMapping(directory / "csv_csv.orv", tableIn(csv), tableOut("CSV $(INPUT)2.csv"));
+  writeMapping(directory / "csv_qds.orv", tableIn(csv), "WRITER_TYPE QDS\nOUT_DATASET $(ORV_MF_DIR)out/$(INPUT).qds\n");
+  writeMapping(directory / "qds_csv.orv", "READER_TYPE QDS\nIN_DATASET $(ORV_MF_DIR)out/$(INPUT).qds\n",
+               tableOut("CSV $(INPUT)3.csv"));
   bool isSteady = true;
-  for (const char* job : {"csv_dbf.orv", "dbf_csv.orv", "csv_csv.orv"}) {
+  for (const char* job : {"csv_dbf.orv", "dbf_csv.orv", "csv_csv.orv", "csv_qds.orv", "qds_csv.orv"}) {
     long once = allocationsOf(directory, job, "once");
     long twice = allocationsOf(directory, job, "twice");
     double each = static_cast<double>(twice - once) / kRows;

@@ -9,10 +9,11 @@ next ```orv block. Everything lies in a directory of its own, which is the curre
   ```command        the whole command line behind the program's name, in place of `NAME.orv args'
   ```rows           the rows that the mapping file gives, as the dump of the configuration shows them
   ```result PATH    the content of a file that the run writes; the run must succeed
+  ```bytes PATH     the same as hexadecimal digits; what stands behind a `|' is a remark
   ```log            lines of the log, severity and text, that must come in this order
   ```message NUMBER the failure that ends the run, and its text; the text may be left out
 
-Each example needs at least one of the last four. Blocks of any other kind are text for the reader.
+Each example needs at least one of the last five. Blocks of any other kind are text for the reader.
 
 An example of a function is one block ```call:
 
@@ -31,7 +32,7 @@ import sys
 import tempfile
 
 GIVEN = {"orv", "file", "args", "command"}
-EXPECTED = {"rows", "result", "log", "message"}
+EXPECTED = {"rows", "result", "bytes", "log", "message"}
 CALL = "call"
 
 
@@ -135,6 +136,11 @@ def run(program, example, directory):
         target = directory / path
         content = target.read_bytes().decode("utf-8", "replace").replace("\r\n", "\n") if target.exists() else None
         expect(path, text, content)
+        expect("exit value", 0, done.returncode)
+    for path, text in example.all("bytes"):
+        target = directory / path
+        wanted = bytes.fromhex("".join(line.partition("|")[0] for line in text.splitlines()))
+        expect(path, wanted.hex(" "), target.read_bytes().hex(" ") if target.exists() else None)
         expect("exit value", 0, done.returncode)
     for _, text in example.all("log"):
         shown = ["|".join(re.sub(r"\(#\d+\) ", "", line).split("|")[3:]) for line in lines]

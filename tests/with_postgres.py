@@ -5,11 +5,12 @@
 
 The server lives in a temporary directory, listens on a private socket only, and ends with the command. The command
 finds it through PGHOST, PGUSER and PGDATABASE; ORV_POSTGRES_STOP is a shell command that stops it at once, as a
-crash would. Without a server on this machine the exit value is 77, by which ctest knows a skipped test."""
+crash would, and ORV_POSTGRES_START one that starts it again. Without a server on this machine the exit value is 77, by which ctest knows a skipped test."""
 import glob
 import os
 import pathlib
 import pwd
+import shlex
 import shutil
 import subprocess
 import sys
@@ -59,12 +60,13 @@ def main():
         server(*as_server, "mkdir", str(sockets))
         server(*as_server, str(bin_dir / "initdb"), "-D", str(data), "-U", "orv", "-A", "trust", "-E", "UTF8", "--locale=C",
                "--no-sync")
-        server(*control, "-l", str(home / "log"), "-o",
-               f"-k {sockets} -c listen_addresses='' -c fsync=off -c full_page_writes=off -c shared_buffers=16MB",
-               "start")
-        stop = " ".join(control + ["-m", "immediate", "stop"])
+        start = control + ["-l", str(home / "log"), "-o",
+                           f"-k {sockets} -c listen_addresses='' -c fsync=off -c full_page_writes=off "
+                           "-c shared_buffers=16MB", "start"]
+        server(*start)
+        stop = shlex.join(control + ["-m", "immediate", "stop"])
         environment = {**os.environ, "PGHOST": str(sockets), "PGUSER": "orv", "PGDATABASE": "postgres",
-                       "ORV_POSTGRES_STOP": stop}
+                       "ORV_POSTGRES_STOP": stop, "ORV_POSTGRES_START": shlex.join(start)}
         return subprocess.run(sys.argv[1:], env=environment).returncode
     finally:
         if (data / "postmaster.pid").exists():

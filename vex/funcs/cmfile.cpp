@@ -87,6 +87,8 @@ class VEXFileCmd final : public VEXRuleCommand {
     for (const Mode& mode : kModes) {
       if (args.text(1) != mode.word) continue;
       const std::string path = VEXConfiguration::normalisePath(args.text(0));
+      // The system would see the name up to its zero byte: another file.
+      if (path.find('\0') != std::string::npos) return makeStatus(356004, {path, platform::errorText(EINVAL)});
       if (mode.*direction == Deed::Read) return extendStatus(readAll(path, result));
       return extendStatus(write(path, mode.*direction, args.text(2)));
     }

@@ -62,7 +62,7 @@ struct Field {
     std::int64_t integer = 0;
     const std::string_view plain = trimmed(value);
     if (format == Format::String) {
-      text = value.substr(0, width);
+      text = cutToBytes(value, width);
     } else if (format == Format::Integer && !plain.empty()) {
       if (!textToInteger(plain, integer)) return false;
       appendInteger(text, integer);

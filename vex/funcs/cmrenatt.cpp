@@ -1,6 +1,6 @@
 // @RenameAttributes(<new>,<old>[,<new>,<old>...]): moves values to new names. All are read before the first is written;
 // an old name that is a new one, too, stays. An old attribute that is not there counts as empty.
-#include "vex/src/cmdrule.h"
+#include "vex/funcs/copypair.h"
 
 namespace {
 
@@ -19,12 +19,7 @@ class VEXRenameAttributesCmd final : public VEXRuleCommand {
 
  private:
   VEXStatus work(VEXFeaturePtr& feature, const VEXArgs& args, std::string&) override {
-    if (values_.size() < args.count()) values_.resize(args.count());
-    for (std::size_t i = 1; i < args.count(); i += 2) {
-      const std::string* value = feature->findAttribute(args.text(i));
-      values_[i].assign(value == nullptr ? std::string_view() : std::string_view(*value));
-    }
-    for (std::size_t i = 1; i < args.count(); i += 2) feature->setAttribute(args.text(i - 1), values_[i]);
+    copier_.copy(*feature, args);
     for (std::size_t i = 1; i < args.count(); i += 2)
       if (!isNewName(args, args.text(i))) {
         feature->removeAttribute(args.text(i));
@@ -33,7 +28,7 @@ class VEXRenameAttributesCmd final : public VEXRuleCommand {
     return nullptr;
   }
 
-  VEXStringVector values_;  // texts keep their buffers from call to call
+  VEXPairCopier copier_;
 };
 
 }  // namespace

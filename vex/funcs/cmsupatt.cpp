@@ -21,6 +21,7 @@ class VEXSupplyAttributesCmd final : public VEXRuleCommand {
       return nullptr;
     }
     if (args.count() > 1) return extendStatus(supply(*feature, args.texts(), args));
+    if (args.text(0).empty()) return nullptr;  // the list of a feature without attributes
     VEXStringVector pieces;
     splitAt(args.text(0), kListSeparator, pieces);
     return extendStatus(supply(*feature, pieces, args));

@@ -3,6 +3,7 @@
 #include "vex/src/cmdrule.h"
 #include "vex/src/rowtext.h"
 #include "vex/src/tclfeat.h"
+#include "vex/src/vexconf.h"
 
 namespace {
 
@@ -22,7 +23,8 @@ class VEXTclCmd final : public VEXRuleCommand {
     if (!isSource && !isSet) return makeStatus(818054, {rowText(params)});
     VEX_TRY(prepare(params[1]));
     std::string error;
-    const bool done = isSource ? tcl_->evalFile(params[2], error) : tcl_->setVar(params[2], params[3], error);
+    const bool done = isSource ? tcl_->evalFile(VEXConfiguration::normalisePath(params[2]), error)
+                               : tcl_->setVar(params[2], params[3], error);
     if (!done) return makeStatus(818053, {rowText(params), error});
     return nullptr;
   }

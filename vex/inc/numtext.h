@@ -1,6 +1,7 @@
 // Numbers to text and back, never through the locale, nothing thrown.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -31,5 +32,8 @@ std::string replacedAll(std::string text, std::string_view what, std::string_vie
 std::string_view trimmed(std::string_view text, std::string_view characters = " \t");
 // The pieces between separators; an empty text gives one empty piece.
 void splitAt(std::string_view text, char separator, std::vector<std::string>& pieces);
+// The first `most` bytes of a text, fewer when the cut would fall into a UTF-8 character: half of one is never left.
+// Bytes that are no UTF-8 are cut where they stand.
+std::string_view cutToBytes(std::string_view text, std::size_t most);
 // "1 feature", "2 features": count and noun, plural by "s".
 std::string countText(std::int64_t count, std::string_view noun);

@@ -11,9 +11,12 @@
 #include "vex/inc/statinfo.h"
 #include "vex/inc/stkdefs.h"
 #include "vex/inc/vexname.h"
+#include "vex/src/wordscan.h"
 
 // Hash table from interned name to text: open chains over one flat vector of slots. Emptying it keeps every
-// buffer, so a table that is filled again with values of the same size allocates nothing.
+// buffer, so a table that is filled again with values of the same size allocates nothing. It keeps the chains
+// too: records of one kind come with the same names in the same order, and a name that is the next one of the
+// last filling needs no look-up. The first name out of that order drops what is left of the old chains.
 class VEXAttributeTable {
  public:
   struct Slot {
@@ -28,9 +31,29 @@ class VEXAttributeTable {
   std::size_t buckets() const { return buckets_.size(); }
   // The text under a name, null when there is none. Valid until the table next changes.
   const std::string* find(VEXName name) const;
+  // The same where one caller looks for one name in many tables: `place` remembers where it stood last.
+  const std::string* find(VEXName name, std::uint32_t& place) const {
+    if (place < used_ && slots_[place].name == name) [[likely]] return &slots_[place].value;
+    return findAnew(name, place);
+  }
   // The text to write a name's value into; an absent name is added with an empty one.
-  std::string& valueOf(VEXName name);
-  void set(VEXName name, std::string_view value) { valueOf(name).assign(value); }
+  std::string& valueOf(VEXName name) {
+    if (used_ < linked_ && slots_[used_].name == name) {
+      ++numEntries_;
+      std::string& value = slots_[used_++].value;
+      value.clear();
+      return value;
+    }
+    return findOrAdd(name);
+  }
+  void set(VEXName name, std::string_view value) {
+    if (used_ < linked_ && slots_[used_].name == name) {
+      ++numEntries_;
+      replace(slots_[used_++].value, value);
+    } else {
+      findOrAdd(name).assign(value);
+    }
+  }
   bool remove(VEXName name);
   void clear();
   // Rebuilds with 4n + 1 buckets when n entries are above half or below an eighth of the buckets.
@@ -43,19 +66,37 @@ class VEXAttributeTable {
   void forEach(Visit&& visit) const {
     for (std::int32_t head : buckets_)
       for (std::int32_t at = head; at >= 0; at = slots_[static_cast<std::size_t>(at)].next)
-        visit(slots_[static_cast<std::size_t>(at)].name, slots_[static_cast<std::size_t>(at)].value);
+        if (isLive(at)) visit(slots_[static_cast<std::size_t>(at)].name, slots_[static_cast<std::size_t>(at)].value);
   }
 
  private:
   static constexpr std::size_t kFirstBuckets = 17;
   // Scales the hash to the bucket count: a multiplication where a remainder would cost a division.
   std::size_t bucketOf(VEXName name) const { return (std::uint64_t{name.hash()} * buckets_.size()) >> 32; }
+  bool isLive(std::int32_t at) const { return static_cast<std::size_t>(at) < used_; }
+  // Values of one column have much the same length: a short one that fits goes over the old one.
+  static void replace(std::string& text, std::string_view value) {
+    if (value.size() > text.size() || value.size() > kShortText) {
+      text.assign(value);
+      return;
+    }
+    wordscan::copyShort(text.data(), value.data(), value.size());
+    if (value.size() != text.size()) text.resize(value.size());
+  }
+  static constexpr std::size_t kShortText = 32;
+  std::string& findOrAdd(VEXName name);
+  const std::string* findAnew(VEXName name, std::uint32_t& place) const;
+  void unlinkAll();
+  void link(std::size_t at);  // to the end of its chain
+  void dropOldChains();       // those of the last filling that were not used again
 
   std::vector<std::int32_t> buckets_;  // chain heads, -1 when empty
-  std::vector<Slot> slots_;            // used and spare
-  std::vector<std::int32_t> spare_;    // freed by remove()
-  std::size_t used_ = 0;               // slots_[0 .. used_) are linked or in spare_
+  std::vector<Slot> slots_;
+  std::vector<std::int32_t> spare_;    // slots freed by remove(), unlinked and nameless
+  std::size_t used_ = 0;               // slots_[0 .. used_) hold the entries (and the spare ones)
+  std::size_t linked_ = 0;             // slots_[used_ .. linked_) stand in the chains since the last filling
   std::size_t numEntries_ = 0;
+  bool isInOrder_ = true;              // the chains are as filling the slots one after the other makes them
 };
 
 class VEXObject {
@@ -70,6 +111,7 @@ class VEXObject {
   bool attributeExists(VEXName name) const { return attributes_.find(name) != nullptr; }
   // Null when absent; valid until the object next changes.
   const std::string* findAttribute(VEXName name) const { return attributes_.find(name); }
+  const std::string* findAttribute(VEXName name, std::uint32_t& place) const { return attributes_.find(name, place); }
   const std::string* findAttribute(std::string_view name) const;
   // Setters replace an existing value. An empty name is ignored.
   void setAttribute(VEXName name, std::string_view value) { attributes_.set(name, value); }
@@ -98,6 +140,7 @@ class VEXObject {
   void setSequenced(VEXName name, std::string_view value);
   void setSequenced(std::string_view name, std::string_view value) { setSequenced(VEXName::intern(name), value); }
   const std::vector<VEXName>& sequence() const { return sequencedAttrNames_; }
+  void addToSequence(VEXName name) { sequencedAttrNames_.push_back(name); }
   void clearSequence() { sequencedAttrNames_.clear(); }
   void setSequence(std::vector<VEXName> names) { sequencedAttrNames_ = std::move(names); }
   // Names and values as a writer is offered them: the sequence first (a name that begins with a blank is
@@ -127,15 +170,32 @@ class VEXObject {
   void upperCaseNames();
   std::string textForm() const;                             // type, then "+name+value" in table order
   void compactAttributes() { attributes_.compact(); }
-  // Moves the table out into `spare` (whose contents are lost) and leaves an empty one here: values stay
-  // readable in `spare` while this object is filled anew.
-  void moveAttributesTo(VEXAttributeTable& spare);
+  // Empties the attributes, but leaves their texts where they are until the next reset or shelving: what looks
+  // into them stays valid while this object is filled anew.
+  void shelveAttributes();
   const VEXAttributeTable& table() const { return attributes_; }
 
  protected:
   VEXAttributeTable attributes_;
+  VEXAttributeTable shelf_;
+  bool isShelved_ = false;  // the two tables have changed places
   std::vector<VEXName> sequencedAttrNames_;
   std::string featureType_;
+};
+
+// One name that is looked for in many objects of one kind: a column that is written.
+class VEXColumn {
+ public:
+  explicit VEXColumn(std::string_view name) : name_(VEXName::intern(name)) {}
+  // The object's value; an absent one has no data. Valid until the object next changes.
+  std::string_view valueIn(const VEXObject& object) {
+    const std::string* value = object.findAttribute(name_, place_);
+    return value == nullptr ? std::string_view() : std::string_view(*value);
+  }
+
+ private:
+  VEXName name_;
+  std::uint32_t place_ = 0;
 };
 
 // Replaces the characters that a file name, or an identifier, cannot hold by "_".

@@ -142,7 +142,7 @@ class BulkLoader {
     for (const RpEntry& entry : part) {
       const double low = entry.box.low(axis);
       right += low >= at ? 1 : 0;
-      straddling += (low < at) & (entry.box.high(axis) > at) ? 1 : 0;
+      straddling += std::size_t{low < at} & std::size_t{entry.box.high(axis) > at};
     }
     const std::size_t left = part.size() - right;
     if (right == 0 || left == straddling) return false;

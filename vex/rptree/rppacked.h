@@ -58,7 +58,8 @@ class RpPacked {
       std::size_t numFound = 0;
       for (std::size_t at = start; at < end; ++at) {
         found[numFound] = ids_[at];
-        numFound += boxes_[at].meets(box) & test(boxes_[at]) ? 1 : 0;  // no branch: it could not be foretold
+        // No branch: it could not be foretold.
+        numFound += std::size_t{boxes_[at].meets(box)} & std::size_t{test(boxes_[at])};
       }
       ids.insert(ids.end(), found, found + numFound);
     }

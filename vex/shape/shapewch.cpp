@@ -1,6 +1,6 @@
 #include "vex/shape/shapewch.h"
 
-#include "vex/inc/vexname.h"
+#include "vex/inc/vexobjct.h"
 #include "vex/src/vexlog.h"
 
 namespace {
@@ -23,20 +23,17 @@ class ShapeWriteChannel::ShapeSink final : public VEXFeatureConsumer {
 class ShapeWriteChannel::TableSink final : public VEXFeatureConsumer {
  public:
   explicit TableSink(VEXDBFOutput& table) : table_(table) {
-    for (const std::string& name : table.columnNames()) columns_.push_back(VEXName::intern(name));
+    for (const std::string& name : table.columnNames()) columns_.emplace_back(name);
     row_.resize(columns_.size());
   }
   VEXStatus consume(const VEXFeature& feature) override {
-    for (std::size_t i = 0; i < columns_.size(); ++i) {
-      const std::string* value = feature.findAttribute(columns_[i]);
-      row_[i] = value == nullptr ? std::string_view() : std::string_view(*value);
-    }
+    for (std::size_t i = 0; i < columns_.size(); ++i) row_[i] = columns_[i].valueIn(feature);
     return extendStatus(table_.writeRow(row_));
   }
 
  private:
   VEXDBFOutput& table_;
-  std::vector<VEXName> columns_;
+  std::vector<VEXColumn> columns_;
   std::vector<std::string_view> row_;
 };
 

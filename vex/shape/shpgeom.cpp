@@ -151,6 +151,38 @@ void ShapeDecoder::takeParts(const shp::Record& record, const Source& from, bool
   }
 }
 
+namespace {
+
+std::uint64_t bitsOf(double value) {
+  return std::bit_cast<std::uint64_t>(value + 0.0);  // -0.0 becomes 0.0
+}
+
+// The highest bit is set when the two differ.
+std::uint64_t difference(std::uint64_t one, std::uint64_t other) {
+  const std::uint64_t bits = one ^ other;
+  return bits | (0 - bits);
+}
+
+// Takes the axes of a run of points apart. True when no point equals its successor, nor any but the last the first.
+// Written so that compilers make vector operations of the loops.
+bool spreadPoints(const char* __restrict points, std::size_t count, double* __restrict x, double* __restrict y) {
+  for (std::size_t i = 0; i < count; ++i) {
+    std::memcpy(x + i, points + shp::kPointBytes * i, shp::kValueBytes);
+    std::memcpy(y + i, points + shp::kPointBytes * i + shp::kValueBytes, shp::kValueBytes);
+  }
+  const std::uint64_t first = bitsOf(x[0]);
+  std::uint64_t differ = ~std::uint64_t{0};
+  for (std::size_t i = 1; i < count; ++i) differ &= difference(bitsOf(x[i]), bitsOf(x[i - 1]));
+  for (std::size_t i = 1; i + 1 < count; ++i) differ &= difference(bitsOf(x[i]), first);
+  if (differ >> 63 == 1) [[likely]]
+    return true;
+  for (std::size_t i = 1; i < count; ++i)
+    if (isSame(x[i], y[i], x[i - 1], y[i - 1]) || (i + 1 < count && isSame(x[i], y[i], x[0], y[0]))) return false;
+  return true;
+}
+
+}  // namespace
+
 template <bool kThird, bool kMeasure>
 void ShapeDecoder::takePart(Source from, std::size_t count, bool isRing) {
   ensure(at_ + count + 1);
@@ -160,6 +192,15 @@ void ShapeDecoder::takePart(Source from, std::size_t count, bool isRing) {
     ++at_;
   }
   const std::size_t start = at_;
+  if constexpr (!kThird && !kMeasure) {
+    // Nearly every ring: nothing to drop, to add or to close.
+    if (isRing && count >= 4 && spreadPoints(from.points, count, x_ + start, y_ + start) &&
+        isSame(x_[start], y_[start], x_[start + count - 1], y_[start + count - 1])) [[likely]] {
+      at_ = start + count;
+      if (makesAggregates_) parts_.push_back({.first = start, .count = count});
+      return;
+    }
+  }
   const double firstX = shp::getReal(from.points);
   const double firstY = shp::getReal(from.points + shp::kValueBytes);
   double lastX = kNoZ;  // equals nothing

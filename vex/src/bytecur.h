@@ -14,12 +14,13 @@ class VEXByteCursor {
   std::size_t left() const { return bytes_.size() - at_; }
   std::size_t offset() const { return at_; }
   bool overrun() const { return overrun_; }
+  std::size_t wanted() const { return wanted_; }  // bytes that the first read past the end would have needed in all
   void skip(std::size_t count) { take(count); }
   void moveTo(std::size_t offset) {
     if (offset > bytes_.size()) overrun_ = true; else at_ = offset;
   }
   std::string_view take(std::size_t count) {  // fewer than `count` when the end is near
-    if (count > left()) { overrun_ = true; count = left(); }
+    if (count > left()) [[unlikely]] { overrunBy(count); count = left(); }
     std::string_view taken = bytes_.substr(at_, count);
     at_ += count;
     return taken;
@@ -32,6 +33,10 @@ class VEXByteCursor {
   double f64le() { return std::bit_cast<double>(number<std::uint64_t>()); }
 
  private:
+  void overrunBy(std::size_t count) {
+    if (!overrun_) wanted_ = at_ + count;
+    overrun_ = true;
+  }
   static_assert(std::endian::native == std::endian::little, "another byte order needs its own reads here");
   template <class Number>
   Number number() {
@@ -43,5 +48,6 @@ class VEXByteCursor {
 
   std::string_view bytes_;
   std::size_t at_ = 0;
+  std::size_t wanted_ = 0;
   bool overrun_ = false;
 };

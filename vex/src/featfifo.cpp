@@ -23,12 +23,6 @@ std::uint32_t VEXNameDictionary::indexOf(VEXName name) {
   return static_cast<std::uint32_t>(names_.size() - 1);
 }
 
-bool VEXNameDictionary::nameAt(std::uint32_t index, VEXName& name) const {
-  if (index >= names_.size()) return false;
-  name = names_[index];
-  return true;
-}
-
 void VEXNameDictionary::rehash() {
   heads_.assign(std::bit_ceil(4 * (names_.size() + 16)), -1);
   for (std::size_t i = 0; i < names_.size(); ++i) {
@@ -42,20 +36,25 @@ void VEXNameDictionary::rehash() {
 
 namespace {
 
+static_assert(std::endian::native == std::endian::little, "another byte order needs its own writes here");
+
 template <class Number>
-void appendNumber(std::string& out, Number number) {
-  char bytes[sizeof(Number)];
-  std::memcpy(bytes, &number, sizeof number);
-  out.append(bytes, sizeof number);
+char* putNumber(char* at, Number number) {
+  std::memcpy(at, &number, sizeof number);
+  return at + sizeof number;
 }
 
-void appendText(std::string& out, std::string_view text) {
-  appendNumber(out, static_cast<std::uint32_t>(text.size()));
-  out += text;
+char* putBytes(char* at, const void* bytes, std::size_t count) {
+  if (count > 0) std::memcpy(at, bytes, count);
+  return at + count;
 }
 
-void appendDoubles(std::string& out, std::span<const double> values) {
-  out.append(reinterpret_cast<const char*>(values.data()), values.size_bytes());
+char* putText(char* at, std::string_view text) {
+  return putBytes(putNumber(at, static_cast<std::uint32_t>(text.size())), text.data(), text.size());
+}
+
+char* putDoubles(char* at, std::span<const double> values) {
+  return putBytes(at, values.data(), values.size_bytes());
 }
 
 void takeDoubles(VEXByteCursor& cursor, std::size_t count, std::vector<double>& values) {
@@ -64,73 +63,111 @@ void takeDoubles(VEXByteCursor& cursor, std::size_t count, std::vector<double>& 
   if (bytes.size() == count * sizeof(double) && count > 0) std::memcpy(values.data(), bytes.data(), bytes.size());
 }
 
-VEXStatus takeName(VEXByteCursor& cursor, const VEXNameDictionary& names, VEXName& name) {
-  std::uint32_t index = cursor.u32le();
-  if (!names.nameAt(index, name)) return makeStatus(879010, {integerText(index)});
+VEXStatus nameOf(std::uint32_t index, const VEXNameDictionary& names, VEXName& name) {
+  if (!names.nameAt(index, name)) [[unlikely]]
+    return makeStatus(879010, {integerText(index)});
   return nullptr;
 }
 
 VEXStatus takeAttributes(VEXByteCursor& cursor, const VEXNameDictionary& names, VEXFeature& feature) {
   VEXName name;
   for (std::uint32_t left = cursor.u32le(); left > 0 && !cursor.overrun(); --left) {
-    VEX_TRY(takeName(cursor, names, name));
-    feature.setAttribute(name, cursor.take(cursor.u32le()));
+    const std::uint32_t index = cursor.u32le();
+    const std::string_view value = cursor.take(cursor.u32le());
+    if (cursor.overrun()) return nullptr;
+    VEX_TRY(nameOf(index, names, name));
+    feature.setAttribute(name, value);
   }
-  std::vector<VEXName> sequence;
   for (std::uint32_t left = cursor.u32le(); left > 0 && !cursor.overrun(); --left) {
-    VEX_TRY(takeName(cursor, names, name));
-    sequence.push_back(name);
+    const std::uint32_t index = cursor.u32le();
+    if (cursor.overrun()) return nullptr;
+    VEX_TRY(nameOf(index, names, name));
+    feature.addToSequence(name);
   }
-  if (!sequence.empty()) feature.setSequence(std::move(sequence));
   feature.setFeatureType(cursor.take(cursor.u32le()));
   return nullptr;
 }
 
+VEXStatus damaged(std::size_t bytes) {
+  return makeStatus(879011, {integerText(static_cast<std::int64_t>(bytes))});
+}
+
 }  // namespace
 
+std::size_t storedBytes(const VEXFeature& feature) {
+  constexpr std::size_t kCounts = 4 * 6 + 2 + 1;  // of attributes, names, coordinates, commands; type, system, code
+  std::size_t bytes = kCounts + feature.featureType().size() + feature.coordSys().size();
+  feature.forEachAttribute([&bytes](VEXName, const std::string& value) { bytes += 8 + value.size(); });
+  bytes += 4 * feature.sequence().size();
+  bytes += feature.numCoords() * sizeof(double) * static_cast<std::size_t>(feature.dimension());
+  for (const std::string& command : feature.reprojectionCommands()) bytes += 4 + command.size();
+  return bytes;
+}
+
+void putStoredFeature(char* at, const VEXFeature& feature, VEXNameDictionary& names) {
+  at = putNumber(at, static_cast<std::uint32_t>(feature.numAttributes()));
+  feature.forEachAttribute(
+      [&](VEXName name, const std::string& value) { at = putText(putNumber(at, names.indexOf(name)), value); });
+  at = putNumber(at, static_cast<std::uint32_t>(feature.sequence().size()));
+  for (VEXName name : feature.sequence()) at = putNumber(at, names.indexOf(name));
+  at = putText(at, feature.featureType());
+  at = putText(at, feature.coordSys());
+  at = putNumber(at, static_cast<std::uint16_t>(feature.geomType()));
+  at = putNumber(at, static_cast<std::uint8_t>(feature.dimension()));
+  at = putNumber(at, static_cast<std::uint32_t>(feature.numCoords()));
+  at = putDoubles(at, feature.xs());
+  at = putDoubles(at, feature.ys());
+  if (feature.dimension() == 3) at = putDoubles(at, feature.zs());
+  at = putNumber(at, static_cast<std::uint32_t>(feature.reprojectionCommands().size()));
+  for (const std::string& command : feature.reprojectionCommands()) at = putText(at, command);
+}
+
 void appendStoredFeature(std::string& out, const VEXFeature& feature, VEXNameDictionary& names) {
-  appendNumber(out, static_cast<std::uint32_t>(feature.numAttributes()));
-  feature.forEachAttribute([&](VEXName name, const std::string& value) {
-    appendNumber(out, names.indexOf(name));
-    appendText(out, value);
-  });
-  appendNumber(out, static_cast<std::uint32_t>(feature.sequence().size()));
-  for (VEXName name : feature.sequence()) appendNumber(out, names.indexOf(name));
-  appendText(out, feature.featureType());
-  appendText(out, feature.coordSys());
-  appendNumber(out, static_cast<std::uint16_t>(feature.geomType()));
-  appendNumber(out, static_cast<std::uint8_t>(feature.dimension()));
-  appendNumber(out, static_cast<std::uint32_t>(feature.numCoords()));
-  appendDoubles(out, feature.xs());
-  appendDoubles(out, feature.ys());
-  if (feature.dimension() == 3) appendDoubles(out, feature.zs());
-  appendNumber(out, static_cast<std::uint32_t>(feature.reprojectionCommands().size()));
-  for (const std::string& command : feature.reprojectionCommands()) appendText(out, command);
+  const std::size_t start = out.size();
+  out.resize(start + storedBytes(feature));
+  putStoredFeature(out.data() + start, feature, names);
+}
+
+VEXStatus readStoredFeature(std::string_view bytes, const VEXNameDictionary& names, VEXFeature& feature,
+                            std::size_t& used, std::size_t& wanted) {
+  VEXByteCursor cursor(bytes);
+  used = wanted = 0;
+  feature.reset(2, 0);
+  VEX_TRY(takeAttributes(cursor, names, feature));
+  feature.setCoordSys(cursor.take(cursor.u32le()));
+  const std::uint16_t geomType = cursor.u16le();
+  const std::uint8_t dimension = cursor.u8();
+  const std::size_t count = cursor.u32le();
+  if (!cursor.overrun()) {
+    if ((dimension != 2 && dimension != 3) || !VEXFeature::isKnownGeomType(geomType)) return damaged(bytes.size());
+    const std::size_t ordinateBytes = count * sizeof(double) * dimension;
+    if (ordinateBytes <= cursor.left()) {
+      feature.restoreGeometry(geomType, dimension);
+      takeDoubles(cursor, count, feature.mutableXs());
+      takeDoubles(cursor, count, feature.mutableYs());
+      if (dimension == 3) takeDoubles(cursor, count, feature.mutableZs());
+    } else {
+      cursor.skip(ordinateBytes);
+    }
+  }
+  if (const std::uint32_t numCommands = cursor.u32le(); numCommands > 0) {
+    VEXStringVector commands;
+    for (std::uint32_t left = numCommands; left > 0 && !cursor.overrun(); --left)
+      commands.emplace_back(cursor.take(cursor.u32le()));
+    feature.setReprojectionCommands(std::move(commands));
+  }
+  if (cursor.overrun())
+    wanted = cursor.wanted();
+  else
+    used = cursor.offset();
+  return nullptr;
 }
 
 VEXStatus readStoredFeature(std::string_view bytes, const VEXNameDictionary& names, VEXFeature& feature,
                             std::size_t& used) {
-  VEXByteCursor cursor(bytes);
-  feature.reset(2, 0);
-  VEX_TRY(takeAttributes(cursor, names, feature));
-  feature.setCoordSys(cursor.take(cursor.u32le()));
-  std::uint16_t geomType = cursor.u16le();
-  std::uint8_t dimension = cursor.u8();
-  std::size_t count = cursor.u32le();
-  bool isWhole = (dimension == 2 || dimension == 3) && VEXFeature::isKnownGeomType(geomType) &&
-                 count <= cursor.left() / (sizeof(double) * dimension);
-  if (!isWhole || cursor.overrun()) return makeStatus(879011, {integerText(static_cast<std::int64_t>(bytes.size()))});
-  feature.restoreGeometry(geomType, dimension);
-  takeDoubles(cursor, count, feature.mutableXs());
-  takeDoubles(cursor, count, feature.mutableYs());
-  if (dimension == 3) takeDoubles(cursor, count, feature.mutableZs());
-  VEXStringVector commands;
-  for (std::uint32_t left = cursor.u32le(); left > 0 && !cursor.overrun(); --left)
-    commands.emplace_back(cursor.take(cursor.u32le()));
-  if (cursor.overrun()) return makeStatus(879011, {integerText(static_cast<std::int64_t>(bytes.size()))});
-  if (!commands.empty()) feature.setReprojectionCommands(std::move(commands));
-  used = cursor.offset();
-  return nullptr;
+  std::size_t wanted = 0;
+  VEX_TRY(readStoredFeature(bytes, names, feature, used, wanted));
+  return wanted == 0 ? nullptr : damaged(bytes.size());
 }
 
 // ---- the queue ----
@@ -187,8 +224,8 @@ VEXStatus VEXFeatureFIFO::read(VEXFeature& feature, bool& got) {
     return readPosition_ >= blockStart_ && readPosition_ + bytes <= blockStart_ + block_.size();
   };
   auto load = [this](std::size_t bytes) {
-    std::size_t count = static_cast<std::size_t>(
-        std::min<std::uint64_t>(std::max(bytes, readAhead_), writePosition_ - readPosition_));
+    std::size_t count =
+        static_cast<std::size_t>(std::min<std::uint64_t>(std::max(bytes, readAhead_), writePosition_ - readPosition_));
     block_.resize(count);
     blockStart_ = readPosition_;
     return count >= bytes && file_->readAt(blockStart_, block_.data(), count);

@@ -73,7 +73,7 @@ VEXStatus VEXMultiReader::expandWildcard(const std::string& type) {
   VEXStringVector names;
   platform::listDirectory(directory.empty() ? "." : directory, names);
   for (const std::string& name : names) {
-    const std::string path = VEXConfiguration::normalisePath(directory + "\\" + name);
+    const std::string path = VEXConfiguration::normalisePath(directory.empty() ? name : directory + "\\" + name);
     if (!platform::matchesWildcard(name, pattern) || platform::isDirectory(path)) continue;
     const std::size_t index = pathNames_.size();
     const std::string own = type + "_" + std::to_string(index);

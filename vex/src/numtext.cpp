@@ -1,8 +1,11 @@
 #include "vex/inc/numtext.h"
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace {
@@ -21,6 +24,18 @@ bool isWholeTail(std::string_view rest) {
   return rest.empty() || (rest[0] == '.' && rest.find_first_not_of("0 ", 1) == std::string_view::npos);
 }
 
+bool continuesCharacter(char c) {
+  return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+// How many bytes the UTF-8 character has that begins with this byte; 1 for what begins none.
+std::size_t characterBytes(char lead) {
+  const auto byte = static_cast<unsigned char>(lead);
+  if (byte >= 0xC2 && byte <= 0xDF) return 2;
+  if (byte >= 0xE0 && byte <= 0xEF) return 3;
+  return byte >= 0xF0 && byte <= 0xF4 ? 4 : 1;
+}
+
 }  // namespace
 
 void appendInteger(std::string& out, std::int64_t value) {
@@ -35,10 +50,75 @@ std::string integerText(std::int64_t value) {
   return text;
 }
 
+namespace {
+
+constexpr int kDigits = 15;
+constexpr double kLeastPlain = 1e-4;
+constexpr double kPowers[] = {1e-4, 1e-3, 1e-2, 1e-1, 1e0, 1e1, 1e2, 1e3, 1e4, 1e5,
+                              1e6,  1e7,  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+constexpr long double kScales[] = {1e0L,  1e1L,  1e2L,  1e3L,  1e4L,  1e5L,  1e6L,  1e7L,  1e8L, 1e9L,
+                                   1e10L, 1e11L, 1e12L, 1e13L, 1e14L, 1e15L, 1e16L, 1e17L, 1e18L};
+
+// Eight digits, leading zeros too.
+void putDigits(std::uint32_t value, char* to) {
+  for (int at = 7; at >= 0; --at) {
+    to[at] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  }
+}
+
+// The text of std::to_chars with fifteen digits for a value in plain notation, or null where it is not certain. The
+// value times a power of ten below 2^64 is right to 64 bits; fifteen digits take fifty of them, so what is left over
+// tells up or down unless it lies within 2^-13 of a half.
+// `out` has room for 40 characters.
+char* plainReal(char* out, double value) {
+  const double size = value < 0.0 ? -value : value;
+  if (std::numeric_limits<long double>::digits < 64 || !(size >= kLeastPlain && size < 1e15)) return nullptr;
+  // Every power of ten lies above the power of two that this begins with.
+  int exponent = ((static_cast<int>(std::bit_cast<std::uint64_t>(size) >> 52) - 1023) * 1233) >> 12;
+  if (size >= kPowers[exponent + 5]) ++exponent;
+  int decimals = kDigits - 1 - exponent;
+  const long double scaled = static_cast<long double>(size) * kScales[decimals];
+  auto whole = static_cast<std::int64_t>(scaled);
+  const long double rest = scaled - static_cast<long double>(whole);
+  if (rest > 0.5L - 0x1p-13L && rest < 0.5L + 0x1p-13L) return nullptr;
+  if (rest > 0.5L) ++whole;
+  if (whole == 1'000'000'000'000'000) {
+    whole /= 10;
+    if (--decimals < 0) return nullptr;
+  }
+  std::array<char, 64> digits;  // sixteen are used; copies take sixteen at a time
+  putDigits(static_cast<std::uint32_t>(whole / 100'000'000), digits.data());  // begins with a zero
+  putDigits(static_cast<std::uint32_t>(whole % 100'000'000), digits.data() + 8);
+  int count = kDigits;
+  while (decimals > 0 && count > 1 && digits[static_cast<std::size_t>(count)] == '0') {
+    --count;
+    --decimals;
+  }
+  if (value < 0.0) *out++ = '-';
+  const auto copy = [&out](const char* from, int length) {
+    std::memcpy(out, from, kDigits + 1);
+    out += length;
+  };
+  const int before = std::max(count - decimals, 0);  // digits in front of the point
+  if (before > 0)
+    copy(digits.data() + 1, before);
+  else
+    *out++ = '0';
+  if (decimals == 0) return out;
+  *out++ = '.';
+  for (int zeros = decimals - (count - before); zeros > 0; --zeros) *out++ = '0';
+  copy(digits.data() + 1 + before, count - before);
+  return out;
+}
+
+}  // namespace
+
 void appendReal(std::string& out, double value) {
   std::array<char, 40> buffer;
-  auto [end, error] =
-      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, 15);
+  char* end = plainReal(buffer.data(), value);
+  if (end == nullptr)
+    end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, 15).ptr;
   out.append(buffer.data(), end);
 }
 
@@ -113,6 +193,17 @@ std::string_view trimmed(std::string_view text, std::string_view characters) {
   std::size_t first = text.find_first_not_of(characters);
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(characters) - first + 1);
+}
+
+std::string_view cutToBytes(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return text;
+  std::size_t start = most;  // of the character that the cut would fall into
+  while (start > 0 && most - start < 3 && continuesCharacter(text[start])) --start;
+  const std::size_t end = start + characterBytes(text[start]);
+  if (end <= most || end > text.size()) return text.substr(0, most);
+  for (std::size_t i = start + 1; i < end; ++i)
+    if (!continuesCharacter(text[i])) return text.substr(0, most);
+  return text.substr(0, start);
 }
 
 void splitAt(std::string_view text, char separator, std::vector<std::string>& pieces) {

@@ -340,7 +340,7 @@ VEXStatus TableReader::takeInclude(VEXStringVector& row) {
   if (!includes_->allowed) return makeStatus(261018, {shown(rest), fileName_});
   VEX_TRY(expandMacros(rest));
   if (rest.starts_with('[') || rest.starts_with('|')) VEX_TRY(runInclude(rest));
-  std::string name = tempFileName_;
+  std::string name = tempFile_ == nullptr ? std::string() : tempFile_->path();
   if (name.empty()) {
     VEX_TRY(expandEnvironment(rest));
     for (char c : rest)
@@ -363,11 +363,10 @@ VEXStatus TableReader::runInclude(const std::string& rest) {
   if (interp.isReady()) {
     std::string folder = VEXTempFileManager::folder();
     if (!platform::isAbsolutePath(folder)) folder = platform::currentDirectory() + "/" + folder;
-    std::unique_ptr<VEXFile> output = VEXTempFileManager::createFile(folder);
-    if (output == nullptr) return makeStatus(236101, {folder});
-    tempFileName_ = output->path();
+    tempFile_ = VEXTempFileManager::createFile(folder);
+    if (tempFile_ == nullptr) return makeStatus(236101, {folder});
     interp.setVar("gDirectory", directory_);
-    interp.setVar("gOutputName", tempFileName_);
+    interp.setVar("gOutputName", tempFile_->path());
     DirectoryGuard guard;
     const std::string enter = "set gOldWorkingDir [pwd] ; cd $gDirectory";
     const std::string leave = "cd $gOldWorkingDir";
@@ -405,8 +404,8 @@ void TableReader::closeInclude() {
 }
 
 void TableReader::removeTempFile() {
-  if (!tempFileName_.empty()) platform::removeFile(tempFileName_);
-  tempFileName_.clear();
+  if (tempFile_ != nullptr) platform::removeFile(tempFile_->path());
+  tempFile_.reset();
 }
 
 VEXStatus TableReader::takeData(VEXStringVector& row) {

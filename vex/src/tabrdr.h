@@ -115,7 +115,7 @@ class TableReader {
   bool onStack_ = false;  // this file's path is the last of the include stack
   std::unique_ptr<TableReader> includedFile_;
   bool undefinedMacrosAllowed_ = false;
-  std::string tempFileName_;  // what a running script or program include reads
+  std::unique_ptr<VEXFile> tempFile_;  // what a running script or program include reads
   std::string line_;
   std::string work_;  // the expanded copy of a data line
 };

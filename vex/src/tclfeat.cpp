@@ -15,6 +15,20 @@ constexpr const char* kFeatureType = "ORV_FeatureType";
 constexpr const char* kCoordSys = "ORV_CoordSys";
 constexpr std::size_t kMostParameters = 10;  // %0 to %9
 
+// Variables get their values when they are read, and these two commands change them without reading: they are made to
+// look first, or they would find nothing, or what an earlier feature has left.
+constexpr const char* kReadFirst = R"(
+rename unset ::tcl::ORV_Unset
+rename append ::tcl::ORV_Append
+proc unset args {
+  foreach name $args {uplevel 1 [list ::info exists $name]}
+  uplevel 1 [linsert $args 0 ::tcl::ORV_Unset]
+}
+proc append {name args} {
+  uplevel 1 [list ::info exists $name]
+  uplevel 1 [linsert $args 0 ::tcl::ORV_Append $name]
+})";
+
 constexpr std::pair<std::string_view, VEXSeverity> kSeverities[] = {
     {"orv_inform", VEXSeverity::Inform},   {"orv_warn", VEXSeverity::Warn},
     {"orv_error", VEXSeverity::Error},     {"orv_fatal", VEXSeverity::Fatal},
@@ -105,6 +119,7 @@ VEXTclFeature::VEXTclFeature() {
     return coordinates(words, result);
   });
   interp_.createCommand("ORV_LogMessage", logMessageCommand);
+  interp_.eval(kReadFirst);
 }
 
 bool VEXTclFeature::eval(std::string_view script, VEXFeaturePtr& feature, std::string& result) {

@@ -10,6 +10,8 @@ VEXTempFileManager* VEXTempFileManager::instance_ = nullptr;
 
 namespace {
 
+constexpr std::string_view kBegin = "ORV_";  // of the default template
+
 // Fills the Xs of a template with random letters and digits.
 std::string filledIn(std::string_view nameTemplate) {
   static constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
@@ -25,6 +27,7 @@ std::string filledIn(std::string_view nameTemplate) {
 VEXTempFileManager::VEXTempFileManager() {
   VEX_ASSERT(instance_ == NULL);
   instance_ = this;
+  platform::removeUnclaimedFiles(folder(), kBegin, kExtension);
 }
 
 VEXTempFileManager::~VEXTempFileManager() {
@@ -60,9 +63,11 @@ std::unique_ptr<VEXFile> VEXTempFileManager::createFile(std::string folder, std:
       std::string path = folder + name;
       path += extension;
       int error = 0;
-      int fd = platform::createExclusive(path, error);
-      if (fd >= 0) return std::make_unique<VEXFile>(fd, std::move(path));
-      if (error != EEXIST) return nullptr;
+      const int fd = platform::createExclusive(path, error);
+      if (fd < 0 && error != EEXIST) return nullptr;
+      if (fd < 0) continue;
+      auto file = std::make_unique<VEXFile>(fd, std::move(path));
+      if (platform::claimFile(fd)) return file;
     }
   }
   return nullptr;

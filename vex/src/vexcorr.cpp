@@ -49,7 +49,7 @@ VEXStatus checkVariables(const VEXFeatureSpec& source, const VEXFeatureSpec& des
 
 VEXStatus VEXSpecSet::load(const std::string& sourceKeyword, const std::string& destKeyword) {
   VEX_ASSERT(specDict_ == NULL);
-  specDict_ = std::make_unique<std::unordered_map<std::string, SpecList, Hash, std::equal_to<>>>(64);
+  specDict_ = std::make_unique<VEXTypeMap<SpecList>>();
   const bool logsRows = VEXConfiguration::debugWord("TRANSFER_SPECS");
   std::unique_ptr<VEXFeatureSpec> source;
   std::unique_ptr<VEXFeatureSpec> dest;
@@ -94,9 +94,9 @@ VEXStatus VEXCorrelator::correlate(VEXFeaturePtr& feature, bool& matched) {
 
 VEXStatus VEXCorrelator::correlateByType(std::string_view typeName, VEXFeaturePtr& feature, bool& matched) {
   VEX_ASSERT(specDict_ != NULL);
-  auto found = specDict_->find(typeName);
-  if (found == specDict_->end()) return nullptr;
-  for (const auto& pair : found->second) {
+  const SpecList* pairs = specDict_->find(typeName);
+  if (pairs == nullptr) return nullptr;
+  for (const auto& pair : *pairs) {
     pair->variables_.clear();
     VEX_TRY(pair->sourceSpec_->matches(feature, pair->variables_, matched));
     if (!matched) continue;

@@ -4,10 +4,10 @@
 
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "vex/inc/statinfo.h"
+#include "vex/src/typemap.h"
 #include "vex/src/vexspec.h"
 #include "vex/src/vexstats.h"
 #include "vex/src/vexvars.h"
@@ -31,14 +31,10 @@ class VEXSpecSet {
 
  protected:
   using SpecList = std::vector<std::unique_ptr<VEXTranslationSpec>>;
-  struct Hash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
-  };
   VEXStatus addPair(std::unique_ptr<VEXFeatureSpec> source, std::unique_ptr<VEXFeatureSpec> dest,
                     const VEXStringVector& row);
 
-  std::unique_ptr<std::unordered_map<std::string, SpecList, Hash, std::equal_to<>>> specDict_;
+  std::unique_ptr<VEXTypeMap<SpecList>> specDict_;
   bool hasSpecs_ = false;
 };
 

@@ -119,6 +119,11 @@ bool VEXInputFile::readBytes(std::size_t count, std::string_view& bytes) {
   return true;
 }
 
+std::string_view VEXInputFile::peekBytes(std::size_t count) {
+  fill(count);
+  return std::string_view(buffer_.get() + at_, end_ - at_);
+}
+
 bool VEXInputFile::seek(std::uint64_t offset) {
   if (offset >= blockStart_ && offset <= blockStart_ + end_) {
     at_ = static_cast<std::size_t>(offset - blockStart_);
@@ -138,14 +143,14 @@ VEXOutputFile::~VEXOutputFile() {
   close();
 }
 
-bool VEXOutputFile::open(const std::string& path) {
+bool VEXOutputFile::open(const std::string& path, unsigned protection) {
   close();
   path_ = path;
   flushed_ = 0;
   used_ = 0;
-  fd_ = ::open(platform::nativePath(path).c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  fd_ = ::open(platform::nativePath(path).c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, protection);
   // A device such as the terminal may allow writing only.
-  if (fd_ < 0) fd_ = ::open(platform::nativePath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (fd_ < 0) fd_ = ::open(platform::nativePath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, protection);
   error_ = fd_ < 0 ? errno : 0;
   if (fd_ >= 0 && buffer_ == nullptr) buffer_.reset(new char[kCapacity]);
   return fd_ >= 0;
@@ -194,11 +199,16 @@ char* VEXOutputFile::appendSpace(std::size_t count) {
 }
 
 bool VEXOutputFile::patch(std::uint64_t offset, std::string_view bytes) {
+  if (fd_ < 0 || error_ != 0) return false;
+  const bool isInBuffer = offset >= flushed_ && offset + bytes.size() <= this->offset();
+  if (isInBuffer && lseek(fd_, 0, SEEK_CUR) < 0) {
+    std::memcpy(buffer_.get() + (offset - flushed_), bytes.data(), bytes.size());
+    return true;
+  }
   if (!flush()) return false;
   while (!bytes.empty()) {
     ssize_t put = ::pwrite(fd_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
     if (put < 0 && errno == EINTR) continue;
-    if (put < 0 && errno == ESPIPE) return true;  // a device has no earlier bytes to change
     if (put <= 0) {
       error_ = put < 0 ? errno : EIO;
       return false;

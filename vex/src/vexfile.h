@@ -30,6 +30,10 @@ class VEXInputFile {
   // Exactly `count` bytes, as a view into the buffer, valid until the next call; false when fewer are left (the
   // position stays) or on an error. `count` is at most kLongestLine.
   bool readBytes(std::size_t count, std::string_view& bytes);
+  // All that is at hand ahead of the position, at least `count` bytes unless the file ends before; the position stays
+  // and the view is valid until the next call. skipBytes then moves over what was used of it.
+  std::string_view peekBytes(std::size_t count);
+  void skipBytes(std::size_t count) { at_ += count; }
   // Moves to an offset; cheap when it lies in the current block.
   bool seek(std::uint64_t offset);
   bool failed() const { return error_ != 0; }
@@ -58,7 +62,7 @@ class VEXOutputFile {
   ~VEXOutputFile();  // closes, ignoring errors
   VEXOutputFile(VEXOutputFile&&) = delete;
 
-  bool open(const std::string& path);  // creates or truncates
+  bool open(const std::string& path, unsigned protection = 0666);  // creates or truncates
   bool isOpen() const { return fd_ >= 0; }
   const std::string& path() const { return path_; }
   bool append(std::string_view bytes) {
@@ -69,9 +73,11 @@ class VEXOutputFile {
     return appendSlowly(bytes);
   }
   // The place for `count` bytes at the end, to be filled by the caller before the next call; null on an error.
-  // `count` is at most a mebibyte.
+  // `count` is at most kMostSpace.
   char* appendSpace(std::size_t count);
-  bool patch(std::uint64_t offset, std::string_view bytes);  // overwrites what was written before
+  static constexpr std::size_t kMostSpace = std::size_t{1} << 20;
+  // Overwrites what was written before. A pipe has no way back: there it fails unless all is still in the buffer.
+  bool patch(std::uint64_t offset, std::string_view bytes);
   std::uint64_t offset() const { return flushed_ + used_; }  // bytes written so far
   bool flush();
   bool close();                        // false when anything was not written
@@ -79,7 +85,7 @@ class VEXOutputFile {
   std::string errorText() const;
 
  private:
-  static constexpr std::size_t kCapacity = std::size_t{1} << 20;
+  static constexpr std::size_t kCapacity = kMostSpace;
   void copyIn(std::string_view bytes);
   bool appendSlowly(std::string_view bytes);
   bool writeOut(const char* bytes, std::size_t count);

@@ -119,16 +119,16 @@ VEXStatus VEXGrouper::choose(Members& members, VEXFeaturePtr& feature, Membershi
 
 VEXStatus VEXGrouper::findGroup(VEXFeaturePtr& feature, VEXGroup*& group) {
   group = nullptr;
-  auto found = membershipByType_.find(feature->featureType());
-  if (found == membershipByType_.end()) {
+  Members* members = membershipByType_.find(feature->featureType());
+  if (members == nullptr) {
     notGrouped_.add(feature->featureType());
     return nullptr;
   }
   Membership* chosen = nullptr;
-  VEX_TRY(choose(found->second, feature, chosen));
+  VEX_TRY(choose(*members, feature, chosen));
   if (chosen == nullptr) {
-    if (found->second.notGrouped == nullptr) found->second.notGrouped = notGrouped_.counter(found->first);
-    ++*found->second.notGrouped;
+    if (members->notGrouped == nullptr) members->notGrouped = notGrouped_.counter(feature->featureType());
+    ++*members->notGrouped;
     return nullptr;
   }
   Entry& entry = *chosen->entry;

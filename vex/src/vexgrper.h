@@ -11,6 +11,7 @@
 
 #include "vex/inc/statinfo.h"
 #include "vex/inc/stkdefs.h"
+#include "vex/src/typemap.h"
 #include "vex/src/vexgroup.h"
 #include "vex/src/vexspec.h"
 #include "vex/src/vexstats.h"
@@ -85,7 +86,7 @@ class VEXGrouper {
   VEXStatus choose(Members& members, VEXFeaturePtr& feature, Membership*& chosen);
 
   std::unordered_map<std::string, std::unique_ptr<Entry>, Hash, std::equal_to<>> groupsByName_;
-  std::unordered_map<std::string, Members, Hash, std::equal_to<>> membershipByType_;
+  VEXTypeMap<Members> membershipByType_;
   VEXStatistics grouped_;
   VEXStatistics notGrouped_;
   VEXWriter& writer_;

@@ -13,6 +13,7 @@
 
 VEXLogFile* VEXLogFile::instance_ = nullptr;
 std::FILE* VEXLogFile::consoleSink_ = nullptr;
+bool VEXLogFile::isTerminal_ = false;
 
 namespace {
 
@@ -31,11 +32,18 @@ void appendAligned(std::string& line, double value, std::size_t width) {
 }
 
 void appendLocalTime(std::string& line) {
-  std::time_t now = std::time(nullptr);
-  std::tm parts;
-  std::array<char, 32> buffer;
-  if (localtime_r(&now, &parts) == nullptr) parts = {};
-  line.append(buffer.data(), std::strftime(buffer.data(), buffer.size(), "%Y-%m-%d %H:%M:%S", &parts));
+  // Many lines fall into one second.
+  static std::time_t shown = 0;
+  static std::array<char, 32> buffer;
+  static std::size_t length = 0;
+  const std::time_t now = std::time(nullptr);
+  if (now != shown || length == 0) {
+    shown = now;
+    std::tm parts;
+    if (localtime_r(&now, &parts) == nullptr) parts = {};
+    length = std::strftime(buffer.data(), buffer.size(), "%Y-%m-%d %H:%M:%S", &parts);
+  }
+  line.append(buffer.data(), length);
 }
 
 // The hook of the word BADNEWS. A failure met on the way, such as a missing message, is not reported again.
@@ -66,6 +74,7 @@ VEXLogFile::~VEXLogFile() {
   }
   setFailureHook(nullptr);
   instance_ = nullptr;
+  if (consoleSink_ != nullptr) std::fflush(consoleSink_);
   if (isOpen()) std::fclose(stream_);
 }
 
@@ -101,7 +110,9 @@ void VEXLogFile::logMessage(VEXSeverity severity, const std::string& text) {
     std::fputs((text + "\n").c_str(), stderr);
     return;
   }
-  if (severity != VEXSeverity::StatRp) {
+  if (severity == VEXSeverity::StatRp) {
+    if (!showsProgress()) return;
+  } else {
     if (text == heldText_) {
       ++repeatCount_;
       return;
@@ -153,10 +164,15 @@ bool VEXLogFile::takesFeature() {
   return maxFeatures_ < 0 || featuresLogged_ <= maxFeatures_;
 }
 
+void VEXLogFile::setConsoleSink(std::FILE* sink) {
+  consoleSink_ = sink;
+  isTerminal_ = sink != nullptr && platform::isTerminal(sink);
+}
+
 void VEXLogFile::consoleWrite(std::string_view text) {
   if (toConsole_ || consoleSink_ == nullptr) return;
   std::fwrite(text.data(), 1, text.size(), consoleSink_);
-  std::fflush(consoleSink_);
+  if (isTerminal_) std::fflush(consoleSink_);
 }
 
 void logText(VEXSeverity severity, const std::string& text) {
@@ -167,6 +183,8 @@ void logText(VEXSeverity severity, const std::string& text) {
 }
 
 void logMessage(VEXSeverity severity, std::uint32_t number, std::initializer_list<std::string_view> parameters) {
+  const VEXLogFile* log = VEXLogFile::instance();
+  if (severity == VEXSeverity::StatRp && log != nullptr && log->isOpen() && !log->showsProgress()) return;
   // Progress is logged as features pass: the buffer is kept. A message logged on the way takes a new one.
   static std::string kept;
   std::string text = std::move(kept);

@@ -37,7 +37,9 @@ class VEXLogFile {
   VEXStatus reopen(const std::string& name, bool append);
   bool isOpen() const { return stream_ != nullptr; }
   void setCallback(ORV_LogCallback callback) { callback_ = callback; }
-  static void setConsoleSink(std::FILE* sink) { consoleSink_ = sink; }
+  static void setConsoleSink(std::FILE* sink);
+  // False when a progress line would go nowhere.
+  bool showsProgress() const { return (toConsole_ && consoleSink_ != nullptr) || callback_ != nullptr; }
 
   void logMessage(VEXSeverity severity, const std::string& text);
   // Writes to the console sink, without a newline, when log lines themselves do not go there.
@@ -52,6 +54,7 @@ class VEXLogFile {
 
   static VEXLogFile* instance_;
   static std::FILE* consoleSink_;
+  static bool isTerminal_;  // somebody watches: dots are shown one by one
   std::FILE* stream_ = nullptr;
   std::chrono::steady_clock::time_point timer_;
   double lastTime_ = 0.0;

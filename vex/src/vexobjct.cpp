@@ -9,63 +9,91 @@
 // ---- the table ----
 
 const std::string* VEXAttributeTable::find(VEXName name) const {
+  std::uint32_t place = 0;
+  return findAnew(name, place);
+}
+
+const std::string* VEXAttributeTable::findAnew(VEXName name, std::uint32_t& place) const {
   if (name.isNull()) return nullptr;
   for (std::int32_t at = buckets_[bucketOf(name)]; at >= 0;) {
     const Slot& slot = slots_[static_cast<std::size_t>(at)];
-    if (slot.name == name) return &slot.value;
+    if (slot.name == name) {
+      place = static_cast<std::uint32_t>(at);
+      return isLive(at) ? &slot.value : nullptr;
+    }
     at = slot.next;
   }
   return nullptr;
 }
 
-std::string& VEXAttributeTable::valueOf(VEXName name) {
-  std::int32_t* link = &buckets_[bucketOf(name)];
-  while (*link >= 0) {
-    Slot& slot = slots_[static_cast<std::size_t>(*link)];
-    if (slot.name == name) return slot.value;
-    link = &slot.next;
+std::string& VEXAttributeTable::findOrAdd(VEXName name) {
+  for (std::int32_t at = buckets_[bucketOf(name)]; at >= 0;) {
+    Slot& slot = slots_[static_cast<std::size_t>(at)];
+    if (slot.name == name) {
+      if (isLive(at)) return slot.value;
+      break;
+    }
+    at = slot.next;
   }
-  std::int32_t at;
+  dropOldChains();
+  std::size_t at = used_;
   if (!spare_.empty()) {
-    at = spare_.back();
+    at = static_cast<std::size_t>(spare_.back());
     spare_.pop_back();
   } else {
-    at = static_cast<std::int32_t>(used_++);
-    if (used_ > slots_.size()) {
-      *link = at;  // before the vector moves
-      slots_.push_back(Slot{name, -1, std::string()});
-      ++numEntries_;
-      return slots_.back().value;
-    }
+    linked_ = ++used_;
+    if (used_ > slots_.size()) slots_.emplace_back();
   }
-  *link = at;
   ++numEntries_;
-  Slot& slot = slots_[static_cast<std::size_t>(at)];
-  slot.name = name;
-  slot.next = -1;
-  slot.value.clear();
-  return slot.value;
+  slots_[at].name = name;
+  slots_[at].value.clear();
+  link(at);
+  return slots_[at].value;
+}
+
+void VEXAttributeTable::link(std::size_t at) {
+  std::int32_t* end = &buckets_[bucketOf(slots_[at].name)];
+  while (*end >= 0) end = &slots_[static_cast<std::size_t>(*end)].next;
+  *end = static_cast<std::int32_t>(at);
+  slots_[at].next = -1;
+}
+
+void VEXAttributeTable::unlinkAll() {
+  std::fill(buckets_.begin(), buckets_.end(), -1);
+}
+
+void VEXAttributeTable::dropOldChains() {
+  if (linked_ == used_) return;
+  unlinkAll();
+  for (std::size_t at = 0; at < used_; ++at) link(at);
+  linked_ = used_;
 }
 
 bool VEXAttributeTable::remove(VEXName name) {
   if (name.isNull()) return false;
-  for (std::int32_t* link = &buckets_[bucketOf(name)]; *link >= 0;) {
-    Slot& slot = slots_[static_cast<std::size_t>(*link)];
+  dropOldChains();
+  for (std::int32_t* place = &buckets_[bucketOf(name)]; *place >= 0;) {
+    Slot& slot = slots_[static_cast<std::size_t>(*place)];
     if (slot.name == name) {
-      spare_.push_back(*link);
-      *link = slot.next;
+      spare_.push_back(*place);
+      isInOrder_ = false;
+      *place = slot.next;
+      slot.name = VEXName();
       --numEntries_;
       return true;
     }
-    link = &slot.next;
+    place = &slot.next;
   }
   return false;
 }
 
 void VEXAttributeTable::clear() {
-  if (used_ == 0) return;
-  std::fill(buckets_.begin(), buckets_.end(), -1);
-  spare_.clear();
+  if (!isInOrder_) {
+    unlinkAll();
+    spare_.clear();
+    linked_ = 0;
+    isInOrder_ = true;
+  }
   used_ = 0;
   numEntries_ = 0;
 }
@@ -74,16 +102,14 @@ void VEXAttributeTable::compact() {
   std::size_t wanted = 4 * numEntries_ + 1;
   bool loadIsRight = numEntries_ * 2 <= buckets_.size() && numEntries_ * 8 >= buckets_.size();
   if (loadIsRight || buckets_.size() == wanted) return;
+  dropOldChains();
   std::vector<std::int32_t> old(wanted, -1);
   old.swap(buckets_);
+  isInOrder_ = false;
   for (std::int32_t head : old) {
     for (std::int32_t at = head; at >= 0;) {
-      Slot& slot = slots_[static_cast<std::size_t>(at)];
-      std::int32_t next = slot.next;
-      std::int32_t* link = &buckets_[bucketOf(slot.name)];
-      while (*link >= 0) link = &slots_[static_cast<std::size_t>(*link)].next;
-      *link = at;
-      slot.next = -1;
+      std::int32_t next = slots_[static_cast<std::size_t>(at)].next;
+      link(static_cast<std::size_t>(at));
       at = next;
     }
   }
@@ -91,7 +117,10 @@ void VEXAttributeTable::compact() {
 
 void VEXAttributeTable::copyFrom(const VEXAttributeTable& source) {
   clear();
-  if (buckets_.size() != source.buckets_.size()) buckets_.assign(source.buckets_.size(), -1);
+  if (buckets_.size() != source.buckets_.size()) {
+    buckets_.assign(source.buckets_.size(), -1);
+    linked_ = 0;
+  }
   source.forEach([this](VEXName name, const std::string& value) { set(name, value); });
 }
 
@@ -100,6 +129,8 @@ void VEXAttributeTable::swap(VEXAttributeTable& other) noexcept {
   slots_.swap(other.slots_);
   spare_.swap(other.spare_);
   std::swap(used_, other.used_);
+  std::swap(linked_, other.linked_);
+  std::swap(isInOrder_, other.isInOrder_);
   std::swap(numEntries_, other.numEntries_);
 }
 
@@ -271,6 +302,8 @@ std::string VEXObject::pairs(std::string_view prefix) const {
 // ---- the whole object ----
 
 void VEXObject::resetAttributes() {
+  if (isShelved_) attributes_.swap(shelf_);  // each table meets the names again that it held before
+  isShelved_ = false;
   clearAttributes();
   featureType_.clear();
 }
@@ -311,8 +344,9 @@ std::string VEXObject::textForm() const {
   return text;
 }
 
-void VEXObject::moveAttributesTo(VEXAttributeTable& spare) {
-  attributes_.swap(spare);
+void VEXObject::shelveAttributes() {
+  attributes_.swap(shelf_);
+  isShelved_ = !isShelved_;
   clearAttributes();
 }
 

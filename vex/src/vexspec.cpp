@@ -171,7 +171,7 @@ void VEXFeatureSpec::capture(const VEXFeature* feature, VEXVariableTable& variab
         variables.set(variable.slot_, listText(values));
         continue;
       }
-    } else if (const std::string* value = feature->findAttribute(variable.attr_)) {
+    } else if (const std::string* value = feature->findAttribute(variable.attr_, variable.place_)) {
       variables.setView(variable.slot_, *value);
       continue;
     }
@@ -207,7 +207,7 @@ VEXStatus VEXFeatureSpec::apply(VEXFeaturePtr& feature, VEXVariableTable& variab
   // Variables may look into the attribute values they were captured from. Those stay readable while the feature
   // is filled anew; where the attributes stay on the feature the values are copied first.
   if (useFeatureType_) {
-    feature->moveAttributesTo(retired_);
+    feature->shelveAttributes();
   } else if (!transferVars_.empty()) {
     variables.copyViews();
   }

@@ -22,6 +22,7 @@ struct VEXTransferVariable {
   std::string default_;       // empty: none
   bool isList_ = false;       // attrName_ holds "{}"
   bool isSequenced_ = false;  // attrName_ holds "{"
+  mutable std::uint32_t place_ = 0;  // where the attribute stood last, see VEXAttributeTable::find
 };
 
 // "@Function(...)" behind an attribute name.
@@ -87,7 +88,6 @@ class VEXFeatureSpec {
   bool useFeatureType_ = true;
 
   // Working space, kept so that the road of a feature allocates nothing.
-  mutable VEXAttributeTable retired_;  // attributes that apply() took off the feature
   mutable VEXVariableTable unbound_;   // for factories, which have no variables
   mutable std::string result_;
 };

@@ -3,7 +3,7 @@
 std::size_t VEXVariableTable::slotOf(std::string_view name) {
   auto found = index_.find(name);
   if (found != index_.end()) return found->second;
-  slots_.emplace_back();
+  slots_.push_back(std::make_unique<Slot>());
   return index_.emplace(std::string(name), slots_.size() - 1).first->second;
 }
 
@@ -12,8 +12,8 @@ void VEXVariableTable::clear() {
 }
 
 void VEXVariableTable::set(std::size_t slot, std::string_view value) {
-  slots_[slot].owned.assign(value);
-  setView(slot, slots_[slot].owned);
+  slots_[slot]->owned.assign(value);
+  setView(slot, slots_[slot]->owned);
 }
 
 bool VEXVariableTable::find(std::string_view name, std::string_view& value) const {
@@ -23,6 +23,6 @@ bool VEXVariableTable::find(std::string_view name, std::string_view& value) cons
 
 void VEXVariableTable::copyViews() {
   for (std::size_t slot = 0; slot < slots_.size(); ++slot)
-    if (slots_[slot].generation == generation_ && slots_[slot].value.data() != slots_[slot].owned.data())
-      set(slot, slots_[slot].value);
+    if (slots_[slot]->generation == generation_ && slots_[slot]->value.data() != slots_[slot]->owned.data())
+      set(slot, slots_[slot]->value);
 }

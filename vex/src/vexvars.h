@@ -3,10 +3,11 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 class VEXVariableTable {
  public:
@@ -15,12 +16,12 @@ class VEXVariableTable {
   void clear();                                             // all values become undefined; names stay
   void set(std::size_t slot, std::string_view value);       // copies
   void setView(std::size_t slot, std::string_view value) {  // borrows
-    slots_[slot].value = value;
-    slots_[slot].generation = generation_;
+    slots_[slot]->value = value;
+    slots_[slot]->generation = generation_;
   }
   bool get(std::size_t slot, std::string_view& value) const {
-    value = slots_[slot].value;
-    return slots_[slot].generation == generation_;
+    value = slots_[slot]->value;
+    return slots_[slot]->generation == generation_;
   }
   void set(std::string_view name, std::string_view value) { set(slotOf(name), value); }
   bool find(std::string_view name, std::string_view& value) const;  // false when undefined
@@ -37,6 +38,6 @@ class VEXVariableTable {
     std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
   };
   std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>> index_;
-  std::deque<Slot> slots_;  // a view may point into a slot: slots never move
+  std::vector<std::unique_ptr<Slot>> slots_;  // a view may point into a slot: slots never move
   std::uint64_t generation_ = 1;
 };

@@ -93,3 +93,13 @@ VEXStatus VEXWriterImp::getDatasetDir(std::string& directory) const {
   if (!platform::isSeparator(directory.back())) directory += '/';
   return nullptr;
 }
+
+VEXStringVector VEXWriterImp::definitionOf(const VEXGroup& group) const {
+  VEXStringVector row = {keywords_.getDefKeyword(), group.featureType()};
+  for (const VEXName name : group.sequence()) {
+    const std::string* value = group.findAttribute(name);
+    row.push_back(name.text());
+    row.push_back(value == nullptr ? std::string() : *value);
+  }
+  return row;
+}

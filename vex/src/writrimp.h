@@ -44,6 +44,8 @@ class VEXWriterImp {
   VEXStatus getDataset(std::string& dataset) const;                      // 882006
   // The dataset as a directory, created when it is not there; ends in one separator. 882005.
   VEXStatus getDatasetDir(std::string& directory) const;
+  // The group's schema as the _DEF row that would have made it: keyword, feature type, then names and values.
+  VEXStringVector definitionOf(const VEXGroup& group) const;
 
   VEXStatus status_;
 

@@ -194,7 +194,9 @@ std::string_view logicalValue(std::string_view bytes) {
 }
 
 void putText(char* place, std::size_t width, std::string_view text) {
-  wordscan::copyShort(place, text.data(), std::min(width, text.size()));
+  if (text.size() > width) [[unlikely]]
+    text = cutToBytes(text, width);
+  wordscan::copyShort(place, text.data(), text.size());
 }
 
 bool putNumber(char* place, std::size_t width, std::size_t decimals, std::string_view text) {

@@ -99,7 +99,8 @@ inline std::string_view numberValue(std::string_view bytes) {
 }
 std::string_view logicalValue(std::string_view bytes);  // "true", "false", or empty when unknown
 
-// Writes a text to a place that is filled with blanks; it is cut at its end.
+// Writes a text to a place that is filled with blanks; it is cut at its end, in front of a UTF-8 character that does
+// not fit whole.
 void putText(char* place, std::size_t width, std::string_view text);
 // Writes a number right-aligned with exactly `decimals` decimals: more are cut, fewer padded with zeros. What is
 // too wide is cut at its end when the point lies within the width. False, with the place left blank, when the

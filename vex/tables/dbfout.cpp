@@ -7,6 +7,12 @@
 #include "vex/src/vexlog.h"
 #include "vex/tables/vexfdesc.h"
 
+namespace {
+
+constexpr std::size_t kLongestShown = 80;  // bytes of a lost value that are told
+
+}  // namespace
+
 VEXDBFOutput::~VEXDBFOutput() {
   if (VEXStatus failure = close()) logMessage(VEXSeverity::Error, 301001, {path(), failure->message()});
 }
@@ -17,6 +23,7 @@ VEXStatus VEXDBFOutput::open() {
   dbf::setToday(header_);
   headerWritten_ = false;
   fieldTable_.clear();
+  lost_.clear();
   columnNames_.clear();
   return nullptr;
 }
@@ -36,6 +43,7 @@ VEXStatus VEXDBFOutput::addField(std::string_view name, std::string_view typeSpe
   header_.recordLength = static_cast<std::uint16_t>(header_.recordLength + field.length);
   header_.headerLength = static_cast<std::uint16_t>(header_.headerLength + dbf::kFieldBytes);
   fieldTable_.push_back(std::move(field));
+  lost_.emplace_back();
   columnNames_.emplace_back(name);
   return nullptr;
 }
@@ -99,21 +107,30 @@ VEXStatus VEXDBFOutput::writeRow(VEXTableRow fields) {
     if (field.type != 'N')
       dbf::putText(place, field.length, fields[i]);
     else if (!dbf::putNumber(place, field.length, field.decimals, fields[i])) [[unlikely]]
-      logMessage(VEXSeverity::Warn, 299001, {integerText(field.length), field.name, fields[i]});
+      lose(i, fields[i]);
   }
   ++header_.numRecords;
   return nullptr;
 }
 
+void VEXDBFOutput::lose(std::size_t column, std::string_view value) {
+  Lost& lost = lost_[column];
+  if (lost.count++ > 0) return;
+  lost.firstRow = header_.numRecords + 1;
+  lost.firstValue = cutToBytes(value, kLongestShown);
+}
+
 VEXStatus VEXDBFOutput::close() {
   if (!file_.isOpen()) return nullptr;
+  for (std::size_t i = 0; i < lost_.size(); ++i)
+    if (lost_[i].count > 0)
+      logMessage(VEXSeverity::Warn, 299001,
+                 {integerText(fieldTable_[i].length), fieldTable_[i].name, lost_[i].firstValue,
+                  integerText(lost_[i].firstRow), integerText(lost_[i].count), path()});
   if (!headerWritten_) writeHeader();
   file_.append(std::string_view(&dbf::kFileEnd, 1));
   std::string bytes;
   dbf::encodeHeader(header_, bytes);
   file_.patch(0, bytes);
-  if (!file_.failed() && file_.close()) return nullptr;
-  const std::string reason = file_.errorText();
-  abort();
-  return makeStatus(301002, {path(), reason});
+  return extendStatus(finish(301002));
 }

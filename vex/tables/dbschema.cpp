@@ -222,6 +222,21 @@ bool suits(const Type& type, std::string_view value) {
   return true;
 }
 
+std::string_view storedForm(const Type& type, std::string_view value, std::string& space) {
+  if (value.empty()) return value;
+  if (type.kind == Kind::Logical) return std::string_view("tTyY1").find(value[0]) == std::string_view::npos ? "0" : "1";
+  if (type.kind != Kind::Date) return value;
+  const auto isMark = [value](std::size_t at) { return value[at] < '0' || value[at] > '9'; };
+  const bool hasMarks = value.size() == 10 && isMark(4) && isMark(7);
+  if (!hasMarks && value.size() != 8) return value;
+  space.assign(value, 0, 4);
+  space += '-';
+  space.append(value, hasMarks ? 5 : 4, 2);
+  space += '-';
+  space.append(value, hasMarks ? 8 : 6, 2);
+  return space;
+}
+
 std::string createTable(const VEXDatabase& database, const std::string& table,
                         const std::vector<std::pair<std::string, std::string>>& columns, std::size_t& unknown) {
   std::string text = "CREATE TABLE " + database.quotedTable(table) + " (";

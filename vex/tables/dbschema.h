@@ -39,6 +39,10 @@ std::string typeText(std::string_view columnType);
 // the column, integers within their range.
 bool suits(const Type& type, std::string_view value);
 
+// A value that suits, as it is stored: truth values as 1 and 0, dates as 2020-02-29 unless their marks tell another
+// order. The view is of the value, of `space`, or of a constant.
+std::string_view storedForm(const Type& type, std::string_view value, std::string& space);
+
 // CREATE TABLE; columns are name and type of a _DEF row. Empty, with the column in `unknown`, when a type has no
 // counterpart.
 std::string createTable(const VEXDatabase& database, const std::string& table,

@@ -40,6 +40,7 @@ class SQLiteStatement final : public VEXDatabaseStatement {
   Prepared statement_;
   std::vector<VEXDatabaseValue> row_;
   std::vector<std::string> reals_;  // the texts of real columns
+  std::vector<char> isTruth_;       // by column: declared as a truth value, stored as 1 and 0
   bool isDone_ = false;
   bool hasFirst_ = false;  // start() stands on the first row
 };
@@ -120,6 +121,10 @@ bool SQLiteStatement::start(VEXDatabaseRow values) {
   if (isDone_) sqlite3_reset(statement_.get());
   row_.assign(numColumns(), {});
   reals_.resize(numColumns());
+  for (std::size_t i = isTruth_.size(); i < numColumns(); ++i) {
+    const char* declared = sqlite3_column_decltype(statement_.get(), static_cast<int>(i));
+    isTruth_.push_back(declared != nullptr && upperCased(declared).find("BOOL") != std::string::npos ? 1 : 0);
+  }
   return true;
 }
 
@@ -149,8 +154,13 @@ bool SQLiteStatement::next(VEXDatabaseRow& row, bool& atEnd) {
       appendReal(reals_[i], sqlite3_column_double(statement_.get(), at));
       row_[i] = reals_[i];
     } else if (type == SQLITE_INTEGER) {
+      const std::int64_t number = sqlite3_column_int64(statement_.get(), at);
+      if (isTruth_[i] != 0 && (number == 0 || number == 1)) {
+        row_[i] = number == 1 ? "true" : "false";
+        continue;
+      }
       reals_[i].clear();
-      appendInteger(reals_[i], sqlite3_column_int64(statement_.get(), at));
+      appendInteger(reals_[i], number);
       row_[i] = reals_[i];
     } else {
       const char* text = static_cast<const char*>(sqlite3_column_blob(statement_.get(), at));

@@ -123,6 +123,7 @@ VEXStatus VEXDatabaseOutput::prepare() {
   insert_ = session_->insertInto(table_, columnNames_);
   if (insert_ == nullptr) return makeStatus(310005, {table_, session_->database().errorText()});
   values_.assign(columnNames_.size(), {});
+  spaces_.resize(columnNames_.size());
   return nullptr;
 }
 
@@ -163,7 +164,7 @@ VEXStatus VEXDatabaseOutput::writeRow(VEXTableRow fields) {
       continue;
     }
     if (!dbschema::suits(types_[i], fields[i])) return extendStatus(refuse(i, fields[i]));
-    values_[i] = fields[i];
+    values_[i] = storedForm(i, fields[i]);
   }
   if (!session_->start() || !insert_->addRow(values_))
     return makeStatus(310005, {table_, session_->database().errorText()});

@@ -93,6 +93,10 @@ class VEXDatabaseOutput final : public VEXTableOutput {
   VEXStatus prepare();
   // The rows written so far are with the database afterwards, seen by other statements of the session.
   VEXStatus flush();
+  // A value as its column stores it, valid until the next call for the column; the table must be ready.
+  std::string_view storedForm(std::size_t column, std::string_view value) {
+    return dbschema::storedForm(types_[column], value, spaces_[column]);
+  }
 
  private:
   VEXStatus makeTable();
@@ -107,4 +111,5 @@ class VEXDatabaseOutput final : public VEXTableOutput {
   std::vector<std::string> typeTexts_;
   std::vector<dbschema::Type> types_;
   std::vector<VEXDatabaseValue> values_;
+  std::vector<std::string> spaces_;  // of values in another form than they came
 };

@@ -1,7 +1,7 @@
 #include "vex/tables/dbwrite.h"
 
 #include "vex/inc/numtext.h"
-#include "vex/inc/vexname.h"
+#include "vex/inc/vexobjct.h"
 #include "vex/src/vexchan.h"
 #include "vex/src/vexconf.h"
 #include "vex/src/vexgroup.h"
@@ -20,16 +20,13 @@ class DatabaseWriteChannel final : public VEXChannel {
   VEXStatus startGroup(VEXGroup&) override {
     VEX_TRY(output_->prepare());
     columns_.clear();
-    for (const std::string& name : output_->columnNames()) columns_.push_back(VEXName::intern(name));
+    for (const std::string& name : output_->columnNames()) columns_.emplace_back(name);
     row_.assign(columns_.size(), {});
     return nullptr;
   }
 
   VEXStatus writeFeatureImp(VEXFeature& feature) override {
-    for (std::size_t i = 0; i < columns_.size(); ++i) {
-      const std::string* value = feature.findAttribute(columns_[i]);
-      row_[i] = value == nullptr ? std::string_view() : std::string_view(*value);
-    }
+    for (std::size_t i = 0; i < columns_.size(); ++i) row_[i] = columns_[i].valueIn(feature);
     return extendStatus(output_->writeRow(row_));
   }
 
@@ -42,7 +39,7 @@ class DatabaseWriteChannel final : public VEXChannel {
 
  private:
   std::unique_ptr<VEXDatabaseOutput> output_;
-  std::vector<VEXName> columns_;
+  std::vector<VEXColumn> columns_;
   std::vector<std::string_view> row_;
 };
 
@@ -105,13 +102,7 @@ VEXStatus DatabaseWriter::createChannel(VEXGroup& group, std::unique_ptr<VEXChan
   auto found = definitions_.find(group.featureType());
   if (found == definitions_.end()) {
     // A group that no row of the mapping file made; its schema is the row.
-    VEXStringVector row = {keywords().getDefKeyword(), group.featureType()};
-    for (const VEXName name : group.sequence()) {
-      const std::string* value = group.findAttribute(name);
-      row.push_back(name.text());
-      row.push_back(value == nullptr ? std::string() : *value);
-    }
-    VEX_TRY(addDefinition(row));
+    VEX_TRY(addDefinition(definitionOf(group)));
     found = definitions_.find(group.featureType());
   }
   auto output = std::make_unique<VEXDatabaseOutput>(session_, found->second.table);

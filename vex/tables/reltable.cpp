@@ -57,7 +57,7 @@ class DatabaseTable final : public VEXRelationTable {
   VEXStatus close() override;
 
  private:
-  VEXStatus takeColumns();
+  VEXStatus takeColumns(VEXDatabase::Access access);
   VEXStatus lookUp(const VEXStringVector& keyColumns, const VEXStringVector& nullColumns,
                    const std::vector<VEXDatabaseValue>& keys, VEXDatabaseStatement*& statement);
   VEXStatus failure(std::uint32_t number, std::string_view reason);
@@ -69,10 +69,10 @@ class DatabaseTable final : public VEXRelationTable {
 
 }  // namespace
 
-VEXStatus VEXRelationLocation::connect() {
+VEXStatus VEXRelationLocation::connect(VEXDatabase::Access access) {
   if (session != nullptr) return nullptr;
   std::string reason;
-  auto database = VEXDatabase::open(place, VEXDatabase::Access::Create, reason);
+  auto database = VEXDatabase::open(place, access, reason);
   if (database == nullptr) return makeStatus(837019, {place.serverType, place.databaseName, reason});
   session = std::make_shared<VEXDatabaseSession>(std::move(database));
   return nullptr;
@@ -180,9 +180,9 @@ VEXStatus DatabaseTable::failure(std::uint32_t number, std::string_view reason) 
 }
 
 // The declared columns, or those that the table has.
-VEXStatus DatabaseTable::takeColumns() {
+VEXStatus DatabaseTable::takeColumns(VEXDatabase::Access access) {
   if (!columns_.empty()) return nullptr;
-  VEX_TRY(location_.connect());
+  VEX_TRY(location_.connect(access));
   VEXDatabase& database = location_.session->database();
   VEXStringVector names;
   for (const auto& field : definition_.fields) names.push_back(field.first);
@@ -197,7 +197,7 @@ VEXStatus DatabaseTable::takeColumns() {
 
 VEXStatus DatabaseTable::lookUp(const VEXStringVector& keyColumns, const VEXStringVector& nullColumns,
                                 const std::vector<VEXDatabaseValue>& keys, VEXDatabaseStatement*& statement) {
-  VEX_TRY(takeColumns());
+  VEX_TRY(takeColumns(VEXDatabase::Access::ReadWrite));  // a look-up makes no file that is not there
   if (output_ != nullptr) VEX_TRY(output_->flush());
   VEXDatabase& database = location_.session->database();
   auto& prepared = lookUps_[keyText(keyColumns) + "|" + keyText(nullColumns)];
@@ -233,7 +233,7 @@ VEXStatus DatabaseTable::find(const VEXStringVector& keyColumns, const VEXString
 
 VEXStatus DatabaseTable::prepareStore() {
   if (output_ != nullptr) return nullptr;
-  VEX_TRY(takeColumns());
+  VEX_TRY(takeColumns(VEXDatabase::Access::Create));
   auto output = std::make_unique<VEXDatabaseOutput>(location_.session, definition_.source);
   for (const auto& [name, type] : definition_.fields) VEX_TRY(output->addField(name, type));
   for (const VEXDatabaseColumn& column : described_) VEX_TRY(output->addField(column.name, column.type));
@@ -253,7 +253,7 @@ VEXStatus DatabaseTable::store(std::span<const std::string_view> record, std::sp
         continue;
       }
       columns.push_back(columns_[i]);
-      values.emplace_back(record[i]);
+      values.emplace_back(output_->storedForm(i, record[i]));
     }
     VEXDatabaseStatement* statement = nullptr;
     VEX_TRY(lookUp(columns, nullColumns, values, statement));

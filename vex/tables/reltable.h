@@ -21,8 +21,8 @@ struct VEXRelationLocation {
   std::shared_ptr<VEXDatabaseSession> session;
   bool hasFailed = false;  // what is not committed is not going to be
 
-  VEXStatus connect();  // 837019
-  VEXStatus finish();   // commits, or rolls back after a failure: 837024
+  VEXStatus connect(VEXDatabase::Access access);  // 837019
+  VEXStatus finish();                             // commits, or rolls back after a failure: 837024
 };
 
 // What stands in a TABLE_DEF row behind the name of the table.

@@ -52,8 +52,5 @@ VEXStatus VEXStructuredOutput::close() {
     abort();
     return failure;
   }
-  if (!file_.failed() && file_.close()) return nullptr;
-  const std::string reason = file_.errorText();
-  abort();
-  return makeStatus(304002, {path(), reason});
+  return extendStatus(finish(304002));
 }

@@ -96,8 +96,5 @@ VEXStatus VEXSeparatedOutput::close() {
     if (shaped.numUnsuited > 0)
       logMessage(VEXSeverity::Warn, 308010,
                  {path(), columnNames_[shaped.column], integerText(shaped.numUnsuited), shaped.typeText});
-  if (!file_.failed() && file_.close()) return nullptr;
-  const std::string reason = file_.errorText();
-  abort();
-  return makeStatus(308002, {path(), reason});
+  return extendStatus(finish(308002));
 }

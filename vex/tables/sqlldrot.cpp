@@ -103,8 +103,5 @@ VEXStatus VEXBulkLoaderOutput::close() {
     abort();
     return failure;
   }
-  if (!file_.failed() && file_.close()) return nullptr;
-  const std::string reason = file_.errorText();
-  abort();
-  return makeStatus(311002, {path(), reason});
+  return extendStatus(finish(311002));
 }

@@ -33,8 +33,5 @@ VEXStatus VEXFixedAsciiOutput::writeRow(VEXTableRow fields) {
 
 VEXStatus VEXFixedAsciiOutput::close() {
   if (!file_.isOpen()) return nullptr;
-  if (!file_.failed() && file_.close()) return nullptr;
-  const std::string reason = file_.errorText();
-  abort();
-  return makeStatus(306002, {path(), reason});
+  return extendStatus(finish(306002));
 }

@@ -17,7 +17,7 @@ VEXStatus TableWriteChannel::startGroup(VEXGroup&) {
   VEX_TRY(output_->open());
   for (const auto& [name, typeSpec] : definition_.fields) VEX_TRY(output_->addField(name, typeSpec));
   columns_.clear();
-  for (const std::string& name : output_->columnNames()) columns_.push_back(VEXName::intern(name));
+  for (const std::string& name : output_->columnNames()) columns_.emplace_back(name);
   row_.assign(columns_.size(), {});
   geometryColumns_.clear();
   for (std::size_t i = 0; i < columns_.size(); ++i)
@@ -27,10 +27,7 @@ VEXStatus TableWriteChannel::startGroup(VEXGroup&) {
 }
 
 VEXStatus TableWriteChannel::writeFeatureImp(VEXFeature& feature) {
-  for (std::size_t i = 0; i < columns_.size(); ++i) {
-    const std::string* value = feature.findAttribute(columns_[i]);
-    row_[i] = value == nullptr ? std::string_view() : std::string_view(*value);
-  }
+  for (std::size_t i = 0; i < columns_.size(); ++i) row_[i] = columns_[i].valueIn(feature);
   for (std::size_t i = 0; i < geometryColumns_.size(); ++i) {
     const std::size_t column = geometryColumns_[i];
     if (feature.numCoords() == 0 && row_[column].data() != nullptr) continue;  // an attribute in its place

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "vex/inc/vexname.h"
+#include "vex/inc/vexobjct.h"
 #include "vex/src/vexchan.h"
 #include "vex/tables/filetab.h"
 
@@ -26,7 +26,7 @@ class TableWriteChannel final : public VEXChannel {
  private:
   std::unique_ptr<VEXTableOutput> output_;
   VEXTableDefinition definition_;
-  std::vector<VEXName> columns_;
+  std::vector<VEXColumn> columns_;
   std::vector<std::string_view> row_;
   std::vector<std::size_t> geometryColumns_;
   std::vector<std::string> geometryTexts_;  // one for each of these

@@ -49,13 +49,7 @@ VEXStatus TabularWriter::createChannel(VEXGroup& group, std::unique_ptr<VEXChann
   auto found = definitions_.find(group.featureType());
   if (found == definitions_.end()) {
     // A group that no row of the mapping file made; its schema is the row.
-    VEXStringVector row = {keywords().getDefKeyword(), group.featureType()};
-    for (const VEXName name : group.sequence()) {
-      const std::string* value = group.findAttribute(name);
-      row.push_back(name.text());
-      row.push_back(value == nullptr ? std::string() : *value);
-    }
-    VEX_TRY(addDefinition(row));
+    VEX_TRY(addDefinition(definitionOf(group)));
     found = definitions_.find(group.featureType());
   }
   const VEXTableDefinition& definition = found->second;

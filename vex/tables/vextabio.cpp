@@ -23,6 +23,13 @@ bool VEXTableOutput::hasColumn(std::string_view name) const {
   return std::find(columnNames_.begin(), columnNames_.end(), name) != columnNames_.end();
 }
 
+VEXStatus VEXTableOutput::finish(std::uint32_t onFailure) {
+  if (!file_.failed() && file_.close()) return nullptr;
+  const std::string reason = file_.errorText();
+  abort();
+  return makeStatus(onFailure, {path_, reason});
+}
+
 void VEXTableOutput::abort() {
   if (!file_.isOpen()) return;
   file_.close();

@@ -82,6 +82,8 @@ class VEXTableOutput {
 
  protected:
   bool hasColumn(std::string_view name) const;
+  // Closes the file. When anything was not written the file is dropped, and the failure has this number.
+  VEXStatus finish(std::uint32_t onFailure);
 
   VEXOutputFile file_;
   VEXStringVector columnNames_;

@@ -13,9 +13,12 @@ namespace {
 constexpr std::uint32_t kNoNumber = 328003;
 constexpr std::uint32_t kHasRun = 328006;
 
+// Beyond this size places of meeting cannot be computed.
+constexpr double kLargest = 1e75;
+
 VEXStatus checkNumbers(const VEXFeature& feature) {
   for (std::size_t i = 0; i < feature.numCoords(); ++i)
-    if (!std::isfinite(feature.xs()[i]) || !std::isfinite(feature.ys()[i]))
+    if (!(std::fabs(feature.xs()[i]) <= kLargest) || !(std::fabs(feature.ys()[i]) <= kLargest))
       return makeRejection(
           kNoNumber, {integerText(static_cast<std::int64_t>(i)), realText(feature.xs()[i]), realText(feature.ys()[i])});
   return nullptr;

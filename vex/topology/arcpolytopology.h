@@ -38,7 +38,8 @@ class VEXArcPolyTopology {
   explicit VEXArcPolyTopology(const VEXIntersectorParms& parms = {}, std::size_t maxVertices = 0);
 
   // Takes the feature. Polygons, donuts and lists of these are areas, anything else is lines. Refused, and left with
-  // the caller: 328003 a coordinate that is no finite number; 244023 header rows that do not fit; 328006 after run.
+  // the caller: 328003 a coordinate that is no number or beyond 1e75; 244023 header rows that do not fit; 328006 after
+  // run.
   VEXStatus addFeature(VEXFeaturePtr& feature);
 
   // Arcs go to the sink in the order of their numbers. A piece of a line with no area along it keeps the line's

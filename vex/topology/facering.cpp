@@ -258,8 +258,11 @@ void VEXFaceWalk::makePolygons() {
     return components_[i].container < components_[j].container;
   });
   auto inside = [&](std::uint32_t face) {
-    auto range = std::ranges::equal_range(held, face, {}, [&](std::uint32_t i) { return components_[i].container; });
-    return std::span<const std::uint32_t>(range.begin(), range.end());
+    const auto first = std::partition_point(held.begin(), held.end(),
+                                            [&](std::uint32_t i) { return components_[i].container < face; });
+    const auto last =
+        std::partition_point(first, held.end(), [&](std::uint32_t i) { return components_[i].container == face; });
+    return std::span<const std::uint32_t>(first, last);
   };
   for (std::uint32_t i = 0; i < components_.size(); ++i) {
     const Component& component = components_[i];

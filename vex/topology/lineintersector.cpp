@@ -35,8 +35,10 @@ struct VEXLineIntersector::Work {
   VEXStatus addParts(const VEXLine& line);
   VEXStatus checkChain(const VEXLine& line) const;
   void addRings(const VEXLine& donut);
-  void fillGrid(VEXSpatialGridCore& grid) const;
+  template <class ForEach>
+  void fillGrid(VEXSpatialGridCore& grid, ForEach&& forEach) const;
   const VEXGridParms* parmsFor(std::span<const VEXSpatialGridCore::Entry> entries) const;
+  void findConcerned(std::vector<std::uint32_t>& segments) const;
   void runRound(int round);
   void compareAll(std::span<VEXSpatialGridCore::Entry> entries);
   void compare(std::uint32_t one, std::uint32_t other);
@@ -223,8 +225,7 @@ void VEXLineIntersector::Work::compareAll(std::span<VEXSpatialGridCore::Entry> e
   using Entry = VEXSpatialGridCore::Entry;
   auto compareIf = [&](const Entry& a, const Entry& b) {
     if (a.minX <= b.maxX && b.minX <= a.maxX && a.minY <= b.maxY && b.minY <= a.maxY &&
-        VEXSpatialGridCore::isPairOfSquare(a, b) &&
-        (takesAll || chains.isDirty(a.number) || chains.isDirty(b.number)))
+        VEXSpatialGridCore::isPairOfSquare(a, b) && (takesAll || chains.isDirty(a.number) || chains.isDirty(b.number)))
       compare(a.number, b.number);
   };
   const std::size_t count = entries.size();
@@ -233,9 +234,8 @@ void VEXLineIntersector::Work::compareAll(std::span<VEXSpatialGridCore::Entry> e
       for (std::size_t j = 0; j < i; ++j) compareIf(entries[j], entries[i]);
     return;
   }
-  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
-    return a.minX != b.minX ? a.minX < b.minX : a.number < b.number;
-  });
+  std::sort(entries.begin(), entries.end(),
+            [](const Entry& a, const Entry& b) { return a.minX != b.minX ? a.minX < b.minX : a.number < b.number; });
   for (std::size_t i = 0; i < count; ++i)
     for (std::size_t j = i + 1; j < count && entries[j].minX <= entries[i].maxX; ++j) compareIf(entries[i], entries[j]);
 }
@@ -260,9 +260,38 @@ const VEXGridParms* VEXLineIntersector::Work::parmsFor(std::span<const VEXSpatia
   return numOne * numOther <= parms.subGridBruteForce ? nullptr : &parms.subGrid;
 }
 
-void VEXLineIntersector::Work::fillGrid(VEXSpatialGridCore& grid) const {
-  grid.fill([&](auto&& enter) { chains.forEachSegment(enter); });
-  grid.setChooser([this](std::span<const VEXSpatialGridCore::Entry> entries, std::uint32_t) { return parmsFor(entries); });
+// The segments that a round on few dirty ones has to do with: those in the squares of a fine net that a dirty one is
+// in.
+void VEXLineIntersector::Work::findConcerned(std::vector<std::uint32_t>& segments) const {
+  const VEXBox box = boxOf(chains.xs(), chains.ys());
+  const double side = std::clamp(std::floor(std::sqrt(static_cast<double>(chains.numCoords() / 2))), 1.0, 4096.0);
+  const auto perRow = static_cast<std::size_t>(side);
+  const double inverseX = box.maxX > box.minX ? side / (box.maxX - box.minX) : 0.0;
+  const double inverseY = box.maxY > box.minY ? side / (box.maxY - box.minY) : 0.0;
+  std::vector<bool> isMarked(perRow * perRow, false);
+  auto indexOf = [&](double value, double origin, double inverse) {
+    return static_cast<std::size_t>(std::clamp((value - origin) * inverse, 0.0, side - 1.0));
+  };
+  auto anySquare = [&](std::uint32_t number, auto&& visit) {
+    const VEXSpatialGridCore::Entry entry = VEXSpatialGridCore::entryOf(chains.segment(number), number);
+    const std::size_t col1 = indexOf(entry.minX, box.minX, inverseX), col2 = indexOf(entry.maxX, box.minX, inverseX);
+    const std::size_t row1 = indexOf(entry.minY, box.minY, inverseY), row2 = indexOf(entry.maxY, box.minY, inverseY);
+    for (std::size_t row = row1; row <= row2; ++row)
+      for (std::size_t col = col1; col <= col2; ++col)
+        if (visit(row * perRow + col)) return true;
+    return false;
+  };
+  chains.forEachSegment([&](std::uint32_t number) {
+    if (chains.isDirty(number))
+      anySquare(number, [&](std::size_t square) {
+        isMarked[square] = true;
+        return false;
+      });
+  });
+  chains.forEachSegment([&](std::uint32_t number) {
+    if (chains.isDirty(number) || anySquare(number, [&](std::size_t square) { return isMarked[square]; }))
+      segments.push_back(number);
+  });
 }
 
 void VEXLineIntersector::Work::report(std::size_t done, std::size_t total) {
@@ -273,12 +302,24 @@ void VEXLineIntersector::Work::report(std::size_t done, std::size_t total) {
   progress(std::round(static_cast<double>(done) * 10000.0 / static_cast<double>(total)) * 0.01);
 }
 
+template <class ForEach>
+void VEXLineIntersector::Work::fillGrid(VEXSpatialGridCore& grid, ForEach&& forEach) const {
+  grid.fill(forEach);
+  grid.setChooser(
+      [this](std::span<const VEXSpatialGridCore::Entry> entries, std::uint32_t) { return parmsFor(entries); });
+}
+
 void VEXLineIntersector::Work::runRound(int round) {
   takesAll = round == 0;
   isSingle = round < kSingleRounds;
   VEXSpatialGridCore grid(chains.xs(), chains.ys(), parms.grid);
-  fillGrid(grid);
-  if (!takesAll) grid.keepSquaresWith([&](std::uint32_t number) { return chains.isDirty(number); });
+  if (takesAll) {
+    fillGrid(grid, [&](auto&& enter) { chains.forEachSegment(enter); });
+  } else {
+    std::vector<std::uint32_t> segments;
+    findConcerned(segments);
+    fillGrid(grid, [&](auto&& enter) { std::for_each(segments.begin(), segments.end(), enter); });
+  }
   const std::size_t total = grid.numEntered();
   std::size_t done = 0;
   grid.visit([&](std::span<VEXSpatialGridCore::Entry> entries) { compareAll(entries); },
@@ -312,6 +353,10 @@ VEXStatus VEXLineIntersector::computeIntersections(const VEXProgress& progress) 
 
 bool VEXLineIntersector::nextPiece(VEXChainPiece& piece, std::size_t maxVertices) {
   return work_->cutter.has_value() && work_->cutter->next(piece, maxVertices);
+}
+
+void VEXLineIntersector::rewind() {
+  if (work_->cutter.has_value()) work_->cutter->rewind();
 }
 
 std::size_t VEXLineIntersector::numChains() const {
@@ -348,7 +393,7 @@ std::size_t VEXLineIntersector::numUnresolved() const {
 
 void VEXLineIntersector::visitGrid(const std::function<void(const VEXGridSquare&)>& visit) const {
   VEXSpatialGridCore grid(work_->chains.xs(), work_->chains.ys(), work_->parms.grid);
-  work_->fillGrid(grid);
+  work_->fillGrid(grid, [&](auto&& enter) { work_->chains.forEachSegment(enter); });
   grid.setDump(visit);
   grid.visit([](std::span<VEXSpatialGridCore::Entry>) {});
 }

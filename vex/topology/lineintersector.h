@@ -18,8 +18,8 @@
 // The parameters of the grids, with the values used when a caller sets none. Values of 0 count as 1.
 struct VEXIntersectorParms {
   VEXGridParms grid;
-  VEXGridParms subGrid;                      // of a long chain that is compared with another
-  std::size_t subGridBruteForce = 30000;     // chains with a product of segment counts up to this are just walked
+  VEXGridParms subGrid;                   // of a long chain that is compared with another
+  std::size_t subGridBruteForce = 30000;  // chains with a product of segment counts up to this are just walked
 };
 
 // Called with per cent done, two decimals, every 250 coordinates of work and at the end.
@@ -50,6 +50,9 @@ class VEXLineIntersector {
   // something from its first meeting. A piece of more than maxVertices coordinates (0: no limit; 1 counts as 2) comes
   // in runs that share their ends, none of a single coordinate.
   bool nextPiece(VEXChainPiece& piece, std::size_t maxVertices = 0);
+
+  // Pieces are given from the first again.
+  void rewind();
 
   std::size_t numChains() const;
   std::size_t numInputs() const;

@@ -46,8 +46,8 @@ void VEXPieceCutter::findShared() {
       if (highOf(segments[begin]) == highOf(segments[begin + 1])) addShared(segments, begin, end);
       continue;
     }
-    std::sort(segments.begin() + static_cast<std::ptrdiff_t>(begin), segments.begin() + static_cast<std::ptrdiff_t>(end),
-              isBefore);
+    std::sort(segments.begin() + static_cast<std::ptrdiff_t>(begin),
+              segments.begin() + static_cast<std::ptrdiff_t>(end), isBefore);
     for (std::size_t first = begin, last; first < end; first = last) {
       for (last = first + 1; last < end && highOf(segments[last]) == highOf(segments[first]);) ++last;
       if (last > first + 1) addShared(segments, first, last);
@@ -210,6 +210,12 @@ bool VEXPieceCutter::next(VEXChainPiece& piece, std::size_t maxVertices) {
   if (runXs_.empty() && !nextStretch()) return false;
   showRun(piece, maxVertices);
   return true;
+}
+
+void VEXPieceCutter::rewind() {
+  chain_ = 0;
+  isOpen_ = false;
+  runXs_ = VEXOrdinates();
 }
 
 void VEXPieceCutter::meetings(std::vector<std::uint32_t>& coords) const {

@@ -33,12 +33,14 @@ class VEXPieceCutter {
   explicit VEXPieceCutter(const VEXChainStore& chains);
 
   bool next(VEXChainPiece& piece, std::size_t maxVertices);
-  // The nodes in which pieces end that meet others, or themselves, in the order of chains; and one of their coordinates.
+  void rewind();
+  // The nodes in which pieces end that meet others, or themselves, in the order of chains; and one of their
+  // coordinates.
   void meetings(std::vector<std::uint32_t>& coords) const;
 
  private:
   static constexpr std::uint32_t kNotShared = 0xffffffffU;
-  struct Shared {  // a segment that several chains hold, or one several times
+  struct Shared {              // a segment that several chains hold, or one several times
     std::uint32_t firstChain;  // in sharedChains_
     std::uint32_t endChain;
     std::uint32_t firstSegment;  // the first that was met: its chain gives the piece
@@ -65,13 +67,13 @@ class VEXPieceCutter {
   std::vector<std::int32_t> sharedChains_;  // signed by the direction from the lower node to the higher
   std::vector<std::uint8_t> numArms_;       // by node: segments of different course that end there, 3 for more
 
-  std::size_t chain_ = 0;       // at work
-  std::uint32_t first_ = 0;     // its first coordinate, and its last
+  std::size_t chain_ = 0;    // at work
+  std::uint32_t first_ = 0;  // its first coordinate, and its last
   std::uint32_t last_ = 0;
-  std::uint32_t at_ = 0;        // where its next stretch begins
-  std::uint32_t stop_ = 0;      // where its last stretch ends
-  bool isOpen_ = false;         // a chain is at work
-  bool wraps_ = false;          // its last stretch goes on from its start, to wrapTo_
+  std::uint32_t at_ = 0;    // where its next stretch begins
+  std::uint32_t stop_ = 0;  // where its last stretch ends
+  bool isOpen_ = false;     // a chain is at work
+  bool wraps_ = false;      // its last stretch goes on from its start, to wrapTo_
   std::uint32_t wrapTo_ = 0;
   std::vector<double> wrapXs_, wrapYs_, wrapZs_;
   std::vector<std::int32_t> ids_;

@@ -12,16 +12,16 @@ struct VEXSegment {
 };
 
 enum class VEXMeeting : std::uint8_t {
-  None,    // with certainty: no end is near the other segment
-  Cross,   // inside both, no end is near
-  Ends,    // two ends are equal and the segments part there at a clear angle: firstEnd, secondEnd
-  Near     // ends lie on or near the other segment: ask nearMeeting
+  None,   // with certainty: no end is near the other segment
+  Cross,  // inside both, no end is near
+  Ends,   // two ends are equal and the segments part there at a clear angle: firstEnd, secondEnd
+  Near    // ends lie on or near the other segment: ask nearMeeting
 };
 
 struct VEXEndPair {
-  bool firstEnd = false;   // false: x1, y1
+  bool firstEnd = false;  // false: x1, y1
   bool secondEnd = false;
-  bool isNarrow = false;   // a crossing at less than a thousandth of a right angle, or so
+  bool isNarrow = false;  // a crossing at less than a thousandth of a right angle, or so
 };
 
 // The point in which two segments cross that do. Gives how many times farther off it may be than a crossing at a clear
@@ -33,7 +33,8 @@ struct VEXNearMeeting {
   // Ends that lie within the tolerance of the other segment.
   bool firstStart = false, firstEnd = false, secondStart = false, secondEnd = false;
   bool isCrossing = false;  // no end is near, but they cross
-  bool isInexact = false;   // an end is near only, or they run side by side: what is made of them must be looked at again
+  bool isInexact =
+      false;  // an end is near only, or they run side by side: what is made of them must be looked at again
   bool any() const { return firstStart || firstEnd || secondStart || secondEnd; }
 };
 VEXNearMeeting nearMeeting(const VEXSegment& s, const VEXSegment& t, double tolerance);

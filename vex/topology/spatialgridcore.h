@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "vex/src/plangeom.h"
+#include "vex/topology/segmeet.h"
 
 // Row and column share one key, so a grid has at most 65536 of either.
 struct VEXGridParms {
@@ -65,12 +66,8 @@ class VEXSpatialGridCore {
   // done.
   void visit(const SquareVisitor& show, const std::function<void(std::size_t done)>& progress = {});
   std::size_t numEntered() const { return entries_.size(); }
-  // Takes squares of the top grid that hold none of the segments that isWanted tells of out.
-  template <class IsWanted>  // isWanted(number)
-  void keepSquaresWith(IsWanted&& isWanted);
-
   // The box of a segment as squares hold it.
-  Entry entryOf(std::uint32_t number) const;
+  static Entry entryOf(const VEXSegment& segment, std::uint32_t number);
 
  private:
   struct Grid {
@@ -86,6 +83,9 @@ class VEXSpatialGridCore {
     std::size_t numSquares() const { return std::size_t{rows} * cols; }
     VEXBox extentOf(std::size_t square) const;
   };
+  Entry entryOf(std::uint32_t number) const {
+    return entryOf({xs_[number], ys_[number], xs_[number + 1], ys_[number + 1]}, number);
+  }
   // Calls put(square, flags) for each square of the grid that the entry's segment passes.
   template <class Put>
   void squaresOf(const Grid& grid, const Entry& entry, Put&& put) const;
@@ -106,9 +106,13 @@ class VEXSpatialGridCore {
   std::uint32_t numGrids_ = 1;
 };
 
-inline VEXSpatialGridCore::Entry VEXSpatialGridCore::entryOf(std::uint32_t number) const {
-  const double x1 = xs_[number], x2 = xs_[number + 1], y1 = ys_[number], y2 = ys_[number + 1];
-  Entry entry{x1 < x2 ? x1 : x2, y1 < y2 ? y1 : y2, x1 < x2 ? x2 : x1, y1 < y2 ? y2 : y1, number, 0};
+inline VEXSpatialGridCore::Entry VEXSpatialGridCore::entryOf(const VEXSegment& s, std::uint32_t number) {
+  Entry entry{s.x1 < s.x2 ? s.x1 : s.x2,
+              s.y1 < s.y2 ? s.y1 : s.y2,
+              s.x1 < s.x2 ? s.x2 : s.x1,
+              s.y1 < s.y2 ? s.y2 : s.y1,
+              number,
+              0};
   double size = entry.maxX > -entry.minX ? entry.maxX : -entry.minX;
   if (entry.maxY > size) size = entry.maxY;
   if (-entry.minY > size) size = -entry.minY;
@@ -170,19 +174,4 @@ void VEXSpatialGridCore::fill(ForEach&& forEach) {
     squaresOf(top_, entryOf(number),
               [&](std::size_t square, std::uint32_t flags) { entries_[next[square]++] = number | flags << 29; });
   });
-}
-
-template <class IsWanted>
-void VEXSpatialGridCore::keepSquaresWith(IsWanted&& isWanted) {
-  std::size_t kept = 0;
-  for (std::size_t square = 0; square + 1 < starts_.size(); ++square) {
-    const std::size_t first = starts_[square], last = starts_[square + 1];
-    starts_[square] = static_cast<std::uint32_t>(kept);
-    bool isKept = false;
-    for (std::size_t i = first; i < last && !isKept; ++i) isKept = isWanted(entries_[i] & 0x1fffffffU);
-    if (isKept)
-      for (std::size_t i = first; i < last; ++i) entries_[kept++] = entries_[i];
-  }
-  starts_.back() = static_cast<std::uint32_t>(kept);
-  entries_.resize(kept);
 }

@@ -204,9 +204,8 @@ void VEXChainStore::stopsOf(std::size_t first, std::size_t last) {
   if (stops_.size() == 1) return;
   std::sort(stops_.begin(), stops_.end(),
             [](const Stop& a, const Stop& b) { return a.along != b.along ? a.along < b.along : a.node < b.node; });
-  stops_.erase(
-      std::unique(stops_.begin(), stops_.end(), [](const Stop& a, const Stop& b) { return a.node == b.node; }),
-      stops_.end());
+  stops_.erase(std::unique(stops_.begin(), stops_.end(), [](const Stop& a, const Stop& b) { return a.node == b.node; }),
+               stops_.end());
 }
 
 void VEXChainStore::uniteNearStops() {
@@ -222,7 +221,8 @@ void VEXChainStore::uniteNearStops() {
 void VEXChainStore::settle() {
   sortThreadings();
   for (std::size_t first = 0, last; first < threadings_.size(); first = last) {
-    for (last = first + 1; last < threadings_.size() && threadings_[last].segment == threadings_[first].segment;) ++last;
+    for (last = first + 1; last < threadings_.size() && threadings_[last].segment == threadings_[first].segment;)
+      ++last;
     if (last == first + 1) continue;
     stopsOf(first, last);
     uniteNearStops();

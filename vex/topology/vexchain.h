@@ -18,8 +18,8 @@ inline constexpr std::uint32_t kNoNode = 0xffffffffU;
 struct VEXChainNode {
   double x = 0.0;
   double y = 0.0;
-  float tolerance = 0.0F;       // how far off a computed position may be
-  std::uint32_t sameAs : 31;    // towards the root; itself: this is the root
+  float tolerance = 0.0F;        // how far off a computed position may be
+  std::uint32_t sameAs : 31;     // towards the root; itself: this is the root
   std::uint32_t isCrossing : 1;  // computed, not a coordinate of a chain
 };
 
@@ -113,9 +113,9 @@ class VEXChainStore {
   std::vector<std::uint32_t> coordNodes_;  // kNoNode: nothing meets there
   std::vector<std::uint8_t> dirty_;        // by segment
   std::vector<VEXChainNode> nodes_;
-  std::vector<Threading> threadings_;  // nodes between the ends of segments
+  std::vector<Threading> threadings_;        // nodes between the ends of segments
   std::vector<std::uint32_t> lastThreaded_;  // the newest of each segment
-  std::vector<Stop> stops_;            // of the segment at work
+  std::vector<Stop> stops_;                  // of the segment at work
   std::size_t settleAbove_ = 0;
   std::size_t numDirty_ = 0;
   std::size_t numChanges_ = 0;

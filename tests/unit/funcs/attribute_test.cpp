@@ -213,6 +213,8 @@ TEST_F(Attributes, Structures) {
   const std::vector<CallRow> encodes = {
       {"t {a=x, n=12, r=1.5}", "@Reformat(DestEncodeSrcDecode,s,all)", "x     12  1.50"},
       {"t {a=longer}", "@Reformat(DestEncodeSrcDecode,s,all)", "lon           "},
+      {"t {a=h\u00fc\u00fc}", "@Reformat(DestEncodeSrcDecode,s,all)", "h\u00fc           "},
+      {"t {a=xy\u00fc}", "@Reformat(DestEncodeSrcDecode,s,all)", "xy            "},
       {"t {n=12345}", "@Reformat(DestEncodeSrcDecode,s,all)", "#351012"},
       {"t {n=x}", "@Reformat(DestEncodeSrcDecode,s,all)", "#351012"},
       {"t {r=nan}", "@Reformat(DestEncodeSrcDecode,none,all)", "#351008"},

@@ -54,6 +54,24 @@ TEST_F(Scripts, ExpressionsAreEvaluated) {
   hold({{"t", "@Evaluate([set kept])", "#818005"}});
 }
 
+// What a script has not read yet is there all the same, and it is this feature's.
+TEST_F(Scripts, ChangeWhatTheyHaveNotRead) {
+  hold({{"t {a=1, b=2}", "@TCL(unset ORV_Attributes(a))", "", "t {b=2}"},
+        {"t {c=1, b=2}", "@TCL(unset -nocomplain ORV_Attributes(c) ORV_Attributes(none))", "", "t {b=2}"},
+        {"t {d=1}", "@TCL(upvar #0 ORV_Attributes x; unset x(d))", "", "t"},
+        {"t {d=1}", "@TCL(unset ORV_Attributes(none))", "#818053"},
+        {"t", "@TCL(unset ORV_FeatureType)", "", ""},
+        {"t {e=1}", "@TCL(append ORV_Attributes(e) q r)", "1qr", "t {e=1qr}"},
+        {"t {e=5}", "@TCL(append ORV_Attributes(e) q)", "5q", "t {e=5q}"},
+        {"t {e=7}", "@TCL(proc p {} {upvar #0 ORV_Attributes v; append v(e) q}; p)", "7q", "t {e=7q}"},
+        {"t", "@TCL(append ORV_Attributes(e) q)", "q", "t {e=q}"},
+        {"t", "@TCL(append ORV_FeatureType x)", "tx", "tx"},
+        {"u {f=1}", "@TCL(lappend ORV_Attributes(f) 2)", "1 2", "u {f=1 2}"},
+        {"u", "@TCL(append ORV_FeatureType x)", "ux", "ux"},
+        {"u {g=1}", "@TCL(append none(x) a; append none(x) b; unset none; append y)", "#818053"},
+        {"u {g=3}", "@TCL(incr ORV_Attributes(g); dict set ORV_Attributes(h) k v)", "k v", "u {g=4, h=k v}"}});
+}
+
 TEST_F(Scripts, SeeAndChangeTheFeature) {
   for (int round = 0; round < 3; ++round)
     hold({{"t", "@TCL(expr 1+1)", "2"},

@@ -173,7 +173,7 @@ TEST_F(Call, FirstFunctions) {
                          Row{"@Count()", "1"}, Row{"@Count(d,10,3)", "1"}, Row{"@Count(d,10,3)", "2"},
                          Row{"@Count(d,10,3)", "0"}, Row{"@Count(e,x)", "#814002"}, Row{"@Count(e,1,0)", "#814003"},
                          Row{"@Log(m,x)", "#827004"}, Row{"@Log(m,1,x)", "#827006"},
-                         Row{"@SupplyAttributes(a)", "#844001"}, Row{"@SupplyAttributes(a,1,b)", "#844001"}})
+                         Row{"@SupplyAttributes(a)", "#844001"}, Row{"@SupplyAttributes(&none)", ""}, Row{"@SupplyAttributes(a,1,b)", "#844001"}})
     EXPECT_EQ(execute(row.call), row.result) << row.call;
   VEXFeaturePtr feature = makeFeature("t {b=2, a=1}");
   std::string all;

@@ -156,6 +156,24 @@ TEST_F(Spool, StoredFormCutAnywhereFails) {
   EXPECT_EQ(failure->messageNumber(), 879010U);
 }
 
+TEST_F(Spool, StartRemovesWhatKilledRunsLeft) {
+  // The end of a process closes its files; who is alive keeps his open.
+  std::unique_ptr<VEXFile> alive = VEXTempFileManager::createFile(folder_);
+  const std::string left = VEXTempFileManager::createFile(folder_)->path();
+  const std::string other = VEXTempFileManager::createFile(folder_, "ORV_XXXXXX", ".txt")->path();
+  ASSERT_TRUE(platform::fileExists(left) && alive != nullptr);
+  {
+    VEXTempFileManager files;
+    EXPECT_FALSE(platform::fileExists(left));
+    EXPECT_TRUE(platform::fileExists(alive->path()) && platform::fileExists(other));
+  }
+  const std::string path = alive->path();
+  alive.reset();
+  VEXTempFileManager files;
+  EXPECT_FALSE(platform::fileExists(path));
+  platform::removeFile(other);
+}
+
 TEST_F(Spool, TemporaryFolderFallsThroughWhatIsNoDirectory) {
   std::string file = folder_ + "/plain";
   setenv("TEMP", folder_.c_str(), 1);

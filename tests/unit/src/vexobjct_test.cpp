@@ -1,6 +1,10 @@
 // Attributes: the table and its compaction, sequence, lists, numbers in texts.
 #include <gtest/gtest.h>
 
+#include <charconv>
+#include <cmath>
+#include <random>
+
 #include "vex/inc/numtext.h"
 #include "vex/inc/vexobjct.h"
 
@@ -147,6 +151,75 @@ TEST(NumberText, Reals) {
   EXPECT_TRUE(textToReal(" 1e3 ", value));
   EXPECT_EQ(value, 1000.0);
   for (const char* text : {"", "1x", "--1", "1 2"}) EXPECT_FALSE(textToReal(text, value)) << text;
+}
+
+// Fifteen digits as the standard library gives them: values near powers of ten, halves in the last place, whole
+// numbers, small and large ones.
+TEST(Numbers, RealsAreTheTextsOfFifteenDigits) {
+  std::mt19937_64 random(7);
+  const auto power = [](std::uint64_t exponent) { return std::pow(10.0, static_cast<double>(exponent) - 5.0); };
+  for (int i = 0; i < 400000; ++i) {
+    const double sign = random() % 2 == 0 ? 1.0 : -1.0;
+    const auto any = static_cast<double>(random() >> 11) * 0x1p-53;
+    const double near = 1.0 + (static_cast<double>(random() % 9) - 4.0) * 0x1p-52;
+    const auto whole = static_cast<double>(random() % 1'000'000'000'000'000);
+    const double values[] = {sign * any * power(random() % 23), sign * near * power(random() % 23),
+                             sign * (whole + static_cast<double>(random() % 16) / 16.0),
+                             sign * static_cast<double>(random() % 1'000'000'000) / 1000.0};
+    for (const double value : values) {
+      char text[64];
+      const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, 15).ptr;
+      ASSERT_EQ(realText(value), std::string(text, end));
+    }
+  }
+}
+
+// A table that is emptied and filled again, mostly with the names of the time before, is as good as a new one:
+// the same entries, walked in the same order.
+TEST(AttributeTable, RefillsAsIfItWereNew) {
+  std::mt19937 random(20261123);
+  std::vector<VEXName> names;
+  for (int i = 0; i < 12; ++i) names.push_back(VEXName::intern("column" + std::to_string(i)));
+  const auto textOf = [](const VEXAttributeTable& table) {
+    std::string text;
+    table.forEach([&](VEXName name, const std::string& value) { text += name.text() + "=" + value + " "; });
+    return text;
+  };
+  VEXAttributeTable kept;
+  for (int round = 0; round < 3000; ++round) {
+    kept.clear();
+    VEXAttributeTable fresh;
+    fresh.copyFrom(kept);  // takes the number of buckets
+    const std::size_t usual = random() % 10;
+    std::uint32_t place = random() % 12;
+    for (std::size_t i = 0; i < usual + random() % 3; ++i) {
+      const VEXName name = names[random() % 8 == 0 ? random() % names.size() : i];
+      const std::string value = std::to_string(random() % 100 * (random() % 2 == 0 ? 1 : 1000000007LL)) +
+                                std::string(random() % 50, 'x');
+      if (random() % 12 == 0) {
+        EXPECT_EQ(kept.remove(name), fresh.remove(name));
+      } else if (random() % 12 == 0) {
+        kept.valueOf(name) += value;
+        fresh.valueOf(name) += value;
+      } else {
+        kept.set(name, value);
+        fresh.set(name, value);
+      }
+      if (random() % 20 == 0) {
+        kept.compact();
+        fresh.compact();
+      }
+      const VEXName wanted = names[random() % names.size()];
+      const std::string* found = fresh.find(wanted);
+      ASSERT_EQ(kept.find(wanted) == nullptr, found == nullptr);
+      ASSERT_EQ(kept.find(wanted, place) == nullptr, found == nullptr);
+      if (found != nullptr) {
+        ASSERT_EQ(*kept.find(wanted, place), *found);
+      }
+    }
+    ASSERT_EQ(kept.entries(), fresh.entries());
+    ASSERT_EQ(textOf(kept), textOf(fresh)) << "round " << round;
+  }
 }
 
 }  // namespace

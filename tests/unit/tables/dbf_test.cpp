@@ -1,5 +1,8 @@
 // dBase: values, fields, records, and files that are broken on purpose.
+#include <unistd.h>
+
 #include <algorithm>
+#include <thread>
 
 #include "tests/unit/tables/tabletest.h"
 #include "vex/inc/numtext.h"
@@ -51,6 +54,46 @@ TEST_F(Dbf, NumbersGoIntoTheirField) {
     std::string place(row.width, ' ');
     EXPECT_EQ(dbf::putNumber(place.data(), row.width, row.decimals, row.text), row.bytes != nullptr) << row.text;
     EXPECT_EQ(place, row.bytes == nullptr ? std::string(row.width, ' ') : row.bytes) << row.text;
+  }
+}
+
+// A field is so many bytes: no half of a UTF-8 character stands at its end, and other bytes are cut where they are.
+TEST_F(Dbf, TextsAreCutBetweenCharacters) {
+  struct Row {
+    std::string_view text;
+    std::size_t width;
+    std::string_view bytes;
+  };
+  for (const Row& row :
+       {Row{"abc", 2, "ab"}, Row{"a\xC3\xA4", 3, "a\xC3\xA4"}, Row{"a\xC3\xA4", 2, "a "}, Row{"\xC3\xA4", 1, " "},
+        Row{"\xE2\x82\xACx", 3, "\xE2\x82\xAC"}, Row{"x\xE2\x82\xAC", 3, "x  "}, Row{"\xF0\x9F\x8C\x8D.", 3, "   "},
+        Row{"\xE4\xF6\xFC", 2, "\xE4\xF6"}, Row{"\xA4\xA4\xA4\xA4\xA4", 4, "\xA4\xA4\xA4\xA4"},
+        Row{"x\xE2\x82", 2, "x\xE2"}}) {
+    std::string place(row.width, ' ');
+    dbf::putText(place.data(), row.width, row.text);
+    EXPECT_EQ(place, row.bytes);
+  }
+}
+
+// A pipe has no way back to the header: small tables are patched before they leave, larger ones fail.
+TEST_F(Dbf, WritesSmallTablesToAPipe) {
+  for (const bool isLarge : {false, true}) {
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    std::string bytes;
+    std::thread reader([&] {
+      char block[4096];
+      for (ssize_t count; (count = ::read(ends[0], block, sizeof block)) > 0;)
+        bytes.append(block, static_cast<std::size_t>(count));
+    });
+    VEXDBFOutput output("/dev/fd/" + std::to_string(ends[1]));
+    const std::vector<std::vector<std::string_view>> rows(isLarge ? 6000 : 2, {"x"});
+    EXPECT_EQ(write(output, {{"A", "char(255)"}}, rows), isLarge ? 301002u : 0u);
+    output.abort();
+    ::close(ends[1]);
+    reader.join();
+    ::close(ends[0]);
+    EXPECT_EQ(bytes.substr(4, 4), isLarge ? "\0\0\0\0"s : "\2\0\0\0"s);
   }
 }
 
@@ -316,8 +359,11 @@ TEST_F(Dbf, FailsWhereItCannotOpenOrWrite) {
   VEXDBFInput finished(at("l.dbf"));
   EXPECT_EQ(rowsOf(finished), "1\n2\n");
   VEXDBFOutput lossy(at("l.dbf"));
-  EXPECT_EQ(write(lossy, {{"A", "number(3,0)"}}, {{"1234"}, {"5"}}), 0u);
-  EXPECT_TRUE(logged(VEXSeverity::Warn, "The number '1234' does not fit the field 'A' of 3"));
+  EXPECT_EQ(write(lossy, {{"A", "number(3,0)"}, {"B", "number(9,0)"}}, {{"5", "1"}, {"1234", "x"}, {"2345", "2"}}), 0u);
+  EXPECT_TRUE(logged(VEXSeverity::Warn, "the field 'A' of 3 characters are left blank: 2 in the file"));
+  EXPECT_TRUE(logged(VEXSeverity::Warn, "the first is '1234' in row 2"));
+  EXPECT_TRUE(logged(VEXSeverity::Warn, "the field 'B' of 9 characters are left blank: 1 in the file"));
+  EXPECT_FALSE(logged(VEXSeverity::Warn, "'2345'"));
 }
 
 }  // namespace

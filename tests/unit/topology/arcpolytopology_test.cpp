@@ -167,6 +167,8 @@ TEST(ArcPolyTopology, LongArcsAreCutAndBadFeaturesStayWithTheCaller) {
   VEXFeaturePtr bad = makeFeature("p polygon 0 0, 0 10, nan 10, 0 0");
   EXPECT_EQ(numberOf(topology.addFeature(bad)), 328003U);
   EXPECT_NE(bad, nullptr);
+  bad = makeFeature("l line 0 0, 1e80 10");
+  EXPECT_EQ(numberOf(topology.addFeature(bad)), 328003U);
   bad = makeFeature("a aggregate 2 9, 1 1");
   EXPECT_EQ(numberOf(topology.addFeature(bad)), 244023U);
   EXPECT_NE(bad, nullptr);

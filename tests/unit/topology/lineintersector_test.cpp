@@ -1,4 +1,5 @@
-// Noding: random cases against a plain comparison of all pairs, the cases with a name, and input that is out to break it.
+// Noding: random cases against a plain comparison of all pairs, the cases with a name, and input that is out to break
+// it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,6 +9,9 @@
 #include <set>
 #include <sstream>
 
+#include "tests/unit/support.h"
+#include "vex/topology/fintxmap.h"
+#include "vex/topology/intxmap.h"
 #include "vex/topology/lineintersector.h"
 #include "vex/topology/segmeet.h"
 
@@ -146,7 +150,8 @@ void compareWithPlain(const std::vector<Points>& lines, const std::vector<Piece>
   for (const Piece& piece : pieces) {
     std::vector<Key> keys;
     for (const auto& [x, y] : piece.points)
-      if (keys.empty() || keys.back() != keyOf(x, y)) keys.push_back(keyOf(x, y));  // what nothing touches is left as it is
+      if (keys.empty() || keys.back() != keyOf(x, y))
+        keys.push_back(keyOf(x, y));  // what nothing touches is left as it is
     for (std::size_t i = 0; i + 1 < keys.size(); ++i) {
       ASSERT_EQ(made.edges.count(std::minmax(keys[i], keys[i + 1])), 0U) << "an edge was given twice";
       for (std::int32_t id : piece.ids)
@@ -176,8 +181,8 @@ void checkNoded(const std::vector<Piece>& pieces) {
   for (const Piece& piece : pieces)
     for (std::size_t i = 0; i + 1 < piece.points.size(); ++i)
       if (piece.points[i] != piece.points[i + 1])
-        parts.push_back({piece.points[i].first, piece.points[i].second, piece.points[i + 1].first,
-                         piece.points[i + 1].second});
+        parts.push_back(
+            {piece.points[i].first, piece.points[i].second, piece.points[i + 1].first, piece.points[i + 1].second});
   auto isEnd = [](const VEXSegment& s, double x, double y) {
     return (s.x1 == x && s.y1 == y) || (s.x2 == x && s.y2 == y);
   };
@@ -242,8 +247,7 @@ TEST(LineIntersector, AgreesWithAllPairs) {
   for (unsigned round = 0; round < 6000; ++round) {
     std::mt19937 random(kSeed + round);
     const int grid = round % 3 == 2 ? 0 : 2 + static_cast<int>(random() % 6);
-    const std::vector<Points> lines =
-        randomLines(random, 1 + static_cast<int>(random() % 6), 7, grid, 1.0, 0.0);
+    const std::vector<Points> lines = randomLines(random, 1 + static_cast<int>(random() % 6), 7, grid, 1.0, 0.0);
     const std::vector<Piece> pieces = node(lines, 0, round % 2 == 0 ? VEXIntersectorParms{} : small);
     SCOPED_TRACE("seed " + std::to_string(kSeed + round) + "\n" + describeLines(lines) + textOf(pieces));
     ASSERT_NO_FATAL_FAILURE(compareWithPlain(lines, pieces));
@@ -258,8 +262,9 @@ TEST(LineIntersector, IsNodedAtEveryScale) {
     double scale, offset;
     int grid;
   };
-  for (const Row& row : {Row{1e-6, 0, 0}, Row{1e-6, 0, 5}, Row{3e6, 1e7, 0}, Row{100, 1e7, 0}, Row{5, 1e7, 7}, Row{1, 5e6, 0},
-                         Row{1e-3, 4.5e6, 0}, Row{1e-7, 1e7, 9}, Row{1e-6, 180, 0}, Row{1e60, 0, 0}, Row{1e-9, 1, 0}}) {
+  for (const Row& row :
+       {Row{1e-6, 0, 0}, Row{1e-6, 0, 5}, Row{3e6, 1e7, 0}, Row{100, 1e7, 0}, Row{5, 1e7, 7}, Row{1, 5e6, 0},
+        Row{1e-3, 4.5e6, 0}, Row{1e-7, 1e7, 9}, Row{1e-6, 180, 0}, Row{1e60, 0, 0}, Row{1e-9, 1, 0}}) {
     for (unsigned round = 0; round < 150; ++round) {
       std::mt19937 random(kSeed + round);
       const std::vector<Points> lines =
@@ -280,40 +285,51 @@ TEST(LineIntersector, CutsTheCasesWithAName) {
     const char* pieces;
   };
   const Row rows[] = {
-      {"a crossing", {{{0, 0}, {2, 2}}, {{0, 2}, {2, 0}}},
-       "1: 0 0 1 1; 1: 1 1 2 2; 2: 0 2 1 1; 2: 1 1 2 0; "},
+      {"a crossing", {{{0, 0}, {2, 2}}, {{0, 2}, {2, 0}}}, "1: 0 0 1 1; 1: 1 1 2 2; 2: 0 2 1 1; 2: 1 1 2 0; "},
       {"a shared end", {{{0, 0}, {1, 1}}, {{1, 1}, {2, 0}}}, "1: 0 0 1 1; 2: 1 1 2 0; "},
       {"a touch", {{{0, 0}, {4, 0}}, {{2, 0}, {2, 3}}}, "1: 0 0 2 0; 1: 2 0 4 0; 2: 2 0 2 3; "},
       {"one vertical line", {{{0, 0}, {0, 5}}}, "1: 0 0 0 5; "},
       {"nothing meets", {{{0, 0}, {1, 0}, {1, 0}, {2, 5}}, {{9, 9}, {8, 9}}}, "1: 0 0 1 0 1 0 2 5; 2: 9 9 8 9; "},
       {"a ring alone", {{{0, 0}, {2, 0}, {2, 2}, {0, 0}}}, "1: 0 0 2 0 2 2 0 0; "},
-      {"a ring that is cut wraps", {{{0, 0}, {4, 0}, {4, 4}, {0, 4}, {0, 0}}, {{-1, 2}, {5, 2}}},
+      {"a ring that is cut wraps",
+       {{{0, 0}, {4, 0}, {4, 4}, {0, 4}, {0, 0}}, {{-1, 2}, {5, 2}}},
        "1: 4 2 4 4 0 4 0 2; 1: 0 2 0 0 4 0 4 2; 2: -1 2 0 2; 2: 0 2 4 2; 2: 4 2 5 2; "},
-      {"a ring touched in one point", {{{0, 0}, {4, 0}, {4, 4}, {0, 0}}, {{4, 2}, {6, 2}}},
+      {"a ring touched in one point",
+       {{{0, 0}, {4, 0}, {4, 4}, {0, 0}}, {{4, 2}, {6, 2}}},
        "1: 4 2 4 4 0 0 4 0 4 2; 2: 4 2 6 2; "},
-      {"a ring touched in its start", {{{0, 0}, {4, 0}, {4, 4}, {0, 0}}, {{0, 0}, {-1, -2}}},
+      {"a ring touched in its start",
+       {{{0, 0}, {4, 0}, {4, 4}, {0, 0}}, {{0, 0}, {-1, -2}}},
        "1: 0 0 4 0 4 4 0 0; 2: 0 0 -1 -2; "},
       {"identical lines", {{{0, 0}, {1, 0}, {2, 3}}, {{0, 0}, {1, 0}, {2, 3}}}, "1,2: 0 0 1 0 2 3; "},
       {"a reversed twin", {{{0, 0}, {1, 0}, {2, 3}}, {{2, 3}, {1, 0}, {0, 0}}}, "1,-2: 0 0 1 0 2 3; "},
-      {"three of one course", {{{0, 0}, {1, 0}, {2, 3}}, {{2, 3}, {1, 0}, {0, 0}}, {{0, 0}, {1, 0}, {2, 3}}},
+      {"three of one course",
+       {{{0, 0}, {1, 0}, {2, 3}}, {{2, 3}, {1, 0}, {0, 0}}, {{0, 0}, {1, 0}, {2, 3}}},
        "1,-2,3: 0 0 1 0 2 3; "},
       {"a partial overlap", {{{0, 0}, {4, 0}}, {{6, 0}, {2, 0}}}, "1: 0 0 2 0; 1,-2: 2 0 4 0; 2: 6 0 4 0; "},
       {"one inside the other", {{{0, 0}, {6, 0}}, {{2, 0}, {3, 0}}}, "1: 0 0 2 0; 1,2: 2 0 3 0; 1: 3 0 6 0; "},
-      {"an overlap with fewer vertices", {{{0, 0}, {1, 0}, {2, 0}, {2, 1}}, {{0, 0}, {2, 0}, {2, 1}}},
+      {"an overlap with fewer vertices",
+       {{{0, 0}, {1, 0}, {2, 0}, {2, 1}}, {{0, 0}, {2, 0}, {2, 1}}},
        "1,2: 0 0 1 0 2 0 2 1; "},
-      {"rings side by side", {{{0, 0}, {2, 0}, {2, 2}, {0, 2}, {0, 0}}, {{2, 0}, {4, 0}, {4, 2}, {2, 2}, {2, 0}}},
+      {"rings side by side",
+       {{{0, 0}, {2, 0}, {2, 2}, {0, 2}, {0, 0}}, {{2, 0}, {4, 0}, {4, 2}, {2, 2}, {2, 0}}},
        "1,-2: 2 0 2 2; 1: 2 2 0 2 0 0 2 0; 2: 2 0 4 0 4 2 2 2; "},
-      {"equal rings from other starts", {{{0, 0}, {2, 0}, {2, 2}, {0, 0}}, {{2, 0}, {0, 0}, {2, 2}, {2, 0}}},
+      {"equal rings from other starts",
+       {{{0, 0}, {2, 0}, {2, 2}, {0, 0}}, {{2, 0}, {0, 0}, {2, 2}, {2, 0}}},
        "1,-2: 0 0 2 0 2 2 0 0; "},
-      {"a line that crosses itself", {{{0, 0}, {4, 4}, {4, 0}, {0, 4}}},
+      {"a line that crosses itself",
+       {{{0, 0}, {4, 4}, {4, 0}, {0, 4}}},
        "1: 0 0 2 2; 1: 2 2 4 4 4 0 2 2; 1: 2 2 0 4; "},
-      {"a figure eight in a vertex", {{{0, 0}, {2, 2}, {4, 0}, {4, 4}, {2, 2}, {0, 4}, {0, 0}}},
+      {"a figure eight in a vertex",
+       {{{0, 0}, {2, 2}, {4, 0}, {4, 4}, {2, 2}, {0, 4}, {0, 0}}},
        "1: 2 2 4 0 4 4 2 2; 1: 2 2 0 4 0 0 2 2; "},
       {"a spike", {{{0, 0}, {4, 0}, {1, 0}, {1, 3}}}, "1: 0 0 1 0; 1,-1: 1 0 4 0; 1: 1 0 1 3; "},
       {"there and back", {{{0, 0}, {4, 0}, {0, 0}}}, "1,-1: 0 0 4 0; "},
-      {"once round and round again", {{{0, 0}, {2, 0}, {2, 2}, {0, 0}, {2, 0}, {2, 2}, {0, 0}}}, "1: 0 0 2 0 2 2 0 0; "},
+      {"once round and round again",
+       {{{0, 0}, {2, 0}, {2, 2}, {0, 0}, {2, 0}, {2, 2}, {0, 0}}},
+       "1: 0 0 2 0 2 2 0 0; "},
       {"points and nothing", {{{1, 1}}, {}, {{0, 0}, {2, 2}}, {{5, 5}, {5, 5}}}, "1: 1 1; 3: 0 0 2 2; 4: 5 5 5 5; "},
-      {"repeated coordinates in a meeting", {{{0, 0}, {1, 0}, {1, 0}, {2, 0}}, {{1, 0}, {1, 2}}},
+      {"repeated coordinates in a meeting",
+       {{{0, 0}, {1, 0}, {1, 0}, {2, 0}}, {{1, 0}, {1, 2}}},
        "1: 0 0 1 0; 1: 1 0 2 0; 2: 1 0 1 2; "},
   };
   for (const Row& row : rows) EXPECT_EQ(textOf(node(row.lines)), row.pieces) << row.name;
@@ -465,4 +481,41 @@ TEST(LineIntersector, TellsProgressAndMeetings) {
   });
   EXPECT_GT(numSquares, 100U);
   EXPECT_GT(numEntries, 1600U);
+}
+
+TEST(IntersectionMap, CountsCrossingsOfTwoLines) {
+  VEXIntersectionMap map(lineOf({{0, 0}, {4, 0}, {4, 4}}), lineOf({{2, -1}, {2, 2}, {6, 2}}));
+  EXPECT_EQ(map.takeStatus(), nullptr);
+  EXPECT_EQ(map.numCrossings(), 2U);
+  VEXChainPiece piece;
+  int numOfSecond = 0, numPieces = 0;
+  for (; map.nextPiece(piece); ++numPieces) numOfSecond += piece.chainIds[0] == 2;
+  EXPECT_EQ(numPieces, 6);
+  EXPECT_EQ(numOfSecond, 3);
+}
+
+TEST(IntersectionMap, PartsCutFeaturesFromUntouchedOnes) {
+  VEXFeatureIntersectionMap map;
+  for (const char* text : {"a {n=1} line 0 0, 4 0", "b line 9 9, 10 10", "c line 2 -1, 2 1", "d line 9 9, 10 10",
+                           "e {n=5} line 20 20, 21 21, 21 21, 22 20"}) {
+    VEXFeaturePtr feature = makeFeature(text);
+    ASSERT_EQ(map.add(feature), nullptr);
+    ASSERT_EQ(feature, nullptr);
+  }
+  VEXFeaturePtr bad = makeFeature("f line 0 0, 1 1");
+  bad->mutableXs()[0] = std::nan("");
+  VEXStatus refused = map.add(bad);
+  ASSERT_NE(refused, nullptr);
+  EXPECT_NE(bad, nullptr);
+  ASSERT_EQ(map.compute(), nullptr);
+  VEXFeatureVector untouched;
+  map.takeUntouched(untouched);
+  ASSERT_EQ(untouched.size(), 1U);
+  EXPECT_EQ(describe(*untouched[0]), "e {n=5} line 20 20, 21 21, 21 21, 22 20");
+  std::string pieces;
+  VEXChainPiece piece;
+  while (map.nextCut(piece))
+    for (std::int32_t id : piece.chainIds)
+      pieces += map.feature(map.featureOf(id))->featureType() + std::to_string(id) + " ";
+  EXPECT_EQ(pieces, "a1 a1 b2 d4 c3 c3 ");
 }

@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <fnmatch.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -90,6 +91,10 @@ bool changeDirectory(const std::string& path) {
   return chdir(path.c_str()) == 0;
 }
 
+bool isTerminal(std::FILE* stream) {
+  return isatty(fileno(stream)) == 1;
+}
+
 std::string currentDirectory() {
   std::array<char, 4096> buffer;
   return getcwd(buffer.data(), buffer.size()) == nullptr ? std::string() : std::string(buffer.data());
@@ -116,6 +121,31 @@ int createExclusive(const std::string& path, int& error) {
   int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
   error = fd < 0 ? errno : 0;
   return fd;
+}
+
+bool claimFile(int fd) {
+  if (flock(fd, LOCK_EX | LOCK_NB) != 0) return errno != EWOULDBLOCK;
+  struct stat status;
+  return fstat(fd, &status) != 0 || status.st_nlink > 0;
+}
+
+// A claim is a lock, which the system lets go when its process ends, however it ends. Only who holds it removes the file,
+// so one that was just made and is not claimed yet is at worst taken away, which its maker then sees.
+void removeUnclaimedFiles(const std::string& directory, std::string_view begin, std::string_view end) {
+  DIR* listing = opendir(directory.c_str());
+  if (listing == nullptr) return;
+  while (const dirent* entry = readdir(listing)) {
+    const std::string_view name = entry->d_name;
+    if (name.size() < begin.size() + end.size() || !name.starts_with(begin) || !name.ends_with(end)) continue;
+    const int fd = openat(dirfd(listing), entry->d_name, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) continue;
+    struct stat status;
+    if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid() &&
+        flock(fd, LOCK_EX | LOCK_NB) == 0)
+      unlinkat(dirfd(listing), entry->d_name, 0);
+    ::close(fd);
+  }
+  closedir(listing);
 }
 
 std::string errorText(int error) {

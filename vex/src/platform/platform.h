@@ -20,6 +20,8 @@ bool removeFile(const std::string& path);
 bool renameFile(const std::string& from, const std::string& to);
 bool changeDirectory(const std::string& path);
 std::string currentDirectory();
+// True for a stream that a person reads.
+bool isTerminal(std::FILE* stream);
 // Names in a directory, without "." and "..", sorted byte by byte; false when it cannot be read.
 bool listDirectory(const std::string& path, std::vector<std::string>& names);
 // True when a file name fits a pattern of the shell: "*", "?", "[a-z]". A leading point has to stand in the pattern.
@@ -27,6 +29,11 @@ bool matchesWildcard(const std::string& name, const std::string& pattern);
 // Creates a file that did not exist (never follows a link, readable by its owner only) and opens it for
 // reading and writing. -1 on failure, with errno of the system in `error`.
 int createExclusive(const std::string& path, int& error);
+// Claims an open file for this process until it is closed, or the process is gone. False when another has claimed it, or
+// has taken it away; true as well where the file system knows no claims.
+bool claimFile(int fd);
+// Removes the files of a directory whose names begin and end so, and that this user owns and no process claims.
+void removeUnclaimedFiles(const std::string& directory, std::string_view begin, std::string_view end);
 std::string errorText(int error);
 // A path as the system takes it: "\" turned into "/". "NUL:" becomes the null device.
 std::string nativePath(std::string_view path);
