@@ -60,10 +60,12 @@ class DatabaseTable final : public VEXRelationTable {
   VEXStatus takeColumns(VEXDatabase::Access access);
   VEXStatus lookUp(const VEXStringVector& keyColumns, const VEXStringVector& nullColumns,
                    const std::vector<VEXDatabaseValue>& keys, VEXDatabaseStatement*& statement);
+  std::string_view storedKey(const std::string& column, std::string_view key, std::string& space) const;
   VEXStatus failure(std::uint32_t number, std::string_view reason);
 
   std::map<std::string, std::unique_ptr<VEXDatabaseStatement>> lookUps_;  // by key columns
   std::vector<VEXDatabaseColumn> described_;
+  std::vector<std::string> spaces_;  // of keys in another form than they came
   std::unique_ptr<VEXDatabaseOutput> output_;
 };
 
@@ -217,11 +219,26 @@ VEXStatus DatabaseTable::lookUp(const VEXStringVector& keyColumns, const VEXStri
   return nullptr;
 }
 
+// The key as its column has it, if it suits the column at all.
+std::string_view DatabaseTable::storedKey(const std::string& column, std::string_view key, std::string& space) const {
+  std::string_view typeText;
+  for (const auto& [name, type] : definition_.fields)
+    if (name == column) typeText = type;
+  for (const VEXDatabaseColumn& described : described_)
+    if (described.name == column) typeText = described.type;
+  const dbschema::Type type = dbschema::typeOf(typeText);
+  return dbschema::suits(type, key) ? dbschema::storedForm(type, key, space) : key;
+}
+
 VEXStatus DatabaseTable::find(const VEXStringVector& keyColumns, const VEXStringVector& keys,
                               std::vector<VEXRelationRecord>& records) {
   records.clear();
+  VEX_TRY(takeColumns(VEXDatabase::Access::ReadWrite));
+  std::vector<VEXDatabaseValue> values;
+  spaces_.resize(keys.size());
+  for (std::size_t i = 0; i < keys.size(); ++i) values.emplace_back(storedKey(keyColumns[i], keys[i], spaces_[i]));
   VEXDatabaseStatement* statement = nullptr;
-  VEX_TRY(lookUp(keyColumns, {}, {keys.begin(), keys.end()}, statement));
+  VEX_TRY(lookUp(keyColumns, {}, values, statement));
   for (;;) {
     VEXDatabaseRow row;
     bool atEnd = false;
