@@ -63,7 +63,7 @@ VEXStatus QDSReader::setup() {
 
 VEXStatus QDSReader::parseNumbers(const char* name, std::size_t count, std::uint32_t onFault, bool& isGiven) {
   VEXStringVector words;
-  isGiven = keywords().getStringList(name, words);
+  isGiven = keywords().getStringList(name, words) || keywords().keywordExists(name);
   if (!isGiven) return nullptr;
   std::array<double, 4> numbers{};
   bool isRight = words.size() == count;

@@ -1,13 +1,26 @@
 #include "vex/qds/qdswch.h"
 
+#include <filesystem>
+
 #include "vex/inc/vexname.h"
+#include "vex/src/platform/platform.h"
 #include "vex/src/vexlog.h"
 
 namespace {
 
 constexpr std::uint32_t kCloseFailed = 24114;
+constexpr std::uint32_t kOldIndexRemoved = 24115;
 
 const VEXName kFeatureTypeName = VEXName::intern("qds_feature_type");
+
+// The index that an earlier run has made of a store of this name tells where its features were.
+void removeOldIndex(const std::string& path) {
+  const std::string index = VEXSpatialRecorder::indexPath(path);
+  const std::string native = platform::nativePath(index);
+  std::error_code ignored;
+  if (index == path || !std::filesystem::is_regular_file(native, ignored) || !platform::removeFile(native)) return;
+  logMessage(VEXSeverity::Inform, kOldIndexRemoved, {index, path});
+}
 
 }  // namespace
 
@@ -48,6 +61,7 @@ VEXStatus QDSWriteChannel::finish() {
   VEXStatus failure = recorder_ != nullptr ? recorder_->close() : nullptr;
   if (spatial_ != nullptr) failure = spatial_->close();
   if (failure != nullptr) return extendStatus(std::move(failure));
+  if (recorder_ != nullptr && recorder_->numFiles() > 0) removeOldIndex(recorder_->path());
   recorder_.reset();
   spatial_.reset();
   return nullptr;

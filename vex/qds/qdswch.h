@@ -1,5 +1,5 @@
 // QDSWriteChannel: writes the features of one group, or all of them, to one feature store, made when the first feature
-// comes. Without a feature no file is made.
+// comes. Without a feature no file is made. A store without an index takes away that of an earlier one of its name.
 //
 // Failures: 24114 close in the destructor (logged), those of VEXRecorder and VEXSpatialRecorder.
 #pragma once

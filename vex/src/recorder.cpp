@@ -215,29 +215,44 @@ void VEXRecorder::reportRecovered(std::string_view reason) const {
              {file_->path(), numberText(recordCount_), numberText(file_->offset()), reason});
 }
 
-// The next member of the series, if there is one, is open afterwards.
+// The next member of the series, if there is one, is open afterwards. Who recovers gets over members that tell nothing.
 VEXStatus VEXRecorder::endFile(bool& isAtEnd) {
   file_.reset();
-  const std::string next = memberPath(basePath_, fileNumber_ + 1);
-  if (platform::fileExists(platform::nativePath(next))) return extendStatus(openForReading(fileNumber_ + 1));
-  isAtEnd = true;
-  return extendStatus(checkGap());
+  for (std::uint32_t number = fileNumber_;;) {
+    VEX_TRY(findNextMember(number));
+    isAtEnd = number == 0;
+    if (isAtEnd) return nullptr;
+    VEXStatus failure = openForReading(number);
+    if (failure == nullptr) return nullptr;
+    if (!recovers_) return extendStatus(std::move(failure));
+    logMessage(VEXSeverity::Warn, kRecovered, {memberPath(basePath_, number), "0", "0", failure->message()});
+  }
 }
 
-VEXStatus VEXRecorder::checkGap() const {
+// From a member's number to that of the next one, or 0. Where recovery meets a gap it goes on behind it.
+VEXStatus VEXRecorder::findNextMember(std::uint32_t& number) const {
+  const std::uint32_t wanted = number + 1;
+  const std::string missing = memberPath(basePath_, wanted);
+  if (platform::fileExists(platform::nativePath(missing))) {
+    number = wanted;
+    return nullptr;
+  }
+  number = 0;
   const std::filesystem::path path(platform::nativePath(basePath_));
   const std::string directory = path.has_parent_path() ? path.parent_path().string() : ".";
   std::vector<std::string> names;
   if (!platform::listDirectory(directory, names)) return nullptr;
   std::string firstName;
-  std::uint32_t number = 0;
+  std::uint32_t found = 0;
+  std::uint32_t next = 0;
   for (const std::string& name : names) {
-    if (!isLaterMember(name, firstName, number) || firstName != path.filename() || number <= fileNumber_) continue;
-    const std::string missing = memberPath(basePath_, fileNumber_ + 1);
-    if (!allowsGap_ && !recovers_) return makeStatus(kMemberMissing, {missing, name});
-    logMessage(VEXSeverity::Warn, kMemberMissing, {missing, name});
-    return nullptr;
+    if (!isLaterMember(name, firstName, found) || firstName != path.filename() || found < wanted) continue;
+    if (next == 0 || found < next) next = found;
   }
+  if (next == 0) return nullptr;
+  if (!allowsGap_ && !recovers_) return makeStatus(kMemberMissing, {missing, memberPath(basePath_, next)});
+  logMessage(VEXSeverity::Warn, kMemberMissing, {missing, memberPath(basePath_, next)});
+  if (!allowsGap_) number = next;
   return nullptr;
 }
 

@@ -45,8 +45,9 @@ class VEXRecorder {
   VEXStatus read(VEXFeaturePtr& feature);  // 393371; null at the end of the last file
   VEXStatus readAt(const VEXRecordAddress& address, VEXFeaturePtr& feature);  // 393372
   // Reads what can be read of files that are not whole, up to their first broken record, and tells how many (393378).
+  // Members of a series that are missing, or are no feature files, are passed over with a warning.
   void setRecovers(bool recovers) { recovers_ = recovers; }
-  // A gap in the numbers of a series is a warning and not a failure (393380).
+  // A gap in the numbers of a series is its end, with a warning, and not a failure (393380).
   void setAllowsGap(bool allows) { allowsGap_ = allows; }
   // The end of the record read last, and that of the records in the file that is open.
   std::uint64_t offset() const { return file_->offset(); }
@@ -71,7 +72,7 @@ class VEXRecorder {
   VEXStatus openForReading(std::uint32_t number);
   VEXStatus readNext(VEXFeature& feature);
   VEXStatus endFile(bool& isAtEnd);
-  VEXStatus checkGap() const;
+  VEXStatus findNextMember(std::uint32_t& number) const;
   void reportRecovered(std::string_view reason) const;
 
   std::uint32_t recordCount_ = 0;   // written to or read from the file that is open

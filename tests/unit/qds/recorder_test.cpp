@@ -296,12 +296,21 @@ TEST_F(StoreTest, RecordsLargerThanTheBuffer) {
 }
 
 TEST_F(StoreTest, MemberMissing) {
-  ASSERT_EQ(writeAll("s.qds", {"t {a=1}", "t {a=2}", "t {a=3}"}, 1), "");
+  ASSERT_EQ(writeAll("s.qds", {"t {a=1}", "t {a=2}", "t {a=3}", "t {a=4}", "t {a=5}"}, 1), "");
   std::filesystem::remove(at("s_1.qds"));
   EXPECT_EQ(readAll("s.qds"), "t {a=1}; #393380");
-  EXPECT_EQ(readAll("s.qds", true), "t {a=1}");
-  EXPECT_EQ(readDataset(directory_), "t {a=1}; t {a=3}");  // in a directory it is a store by itself
-  EXPECT_EQ(scope_->logged("is missing from its series"), 2U);
+  EXPECT_EQ(readAll("s.qds", true), "t {a=1}; t {a=3}; t {a=4}; t {a=5}");
+  // In a directory each member behind the gap is a store by itself.
+  EXPECT_EQ(readDataset(directory_), "t {a=1}; t {a=3}; t {a=4}; t {a=5}");
+  scope_->row("S_RECOVER YES");
+  EXPECT_EQ(readDataset(directory_), "t {a=1}; t {a=3}; t {a=4}; t {a=5}");
+  EXPECT_EQ(scope_->logged("is missing from its series"), 3U);
+  put("s_3.qds", "no feature file");
+  EXPECT_EQ(readAll("s_2.qds", true), "t {a=3}");
+  EXPECT_EQ(readAll("s.qds", true), "t {a=1}; t {a=3}; t {a=5}");
+  put("s_4.qds", "");
+  EXPECT_EQ(readAll("s.qds", true), "t {a=1}; t {a=3}");
+  EXPECT_EQ(scope_->logged("Records saved from the feature file"), 3U);
 }
 
 TEST_F(StoreTest, DirectoriesAndKeywords) {
@@ -321,9 +330,10 @@ TEST_F(StoreTest, DirectoriesAndKeywords) {
     std::uint32_t number;
   };
   std::string name = "K";
-  for (const Row& row : {Row{"_SEARCH_ENVELOPE 1 2 3", 24102}, Row{"_SEARCH_ENVELOPE 1 2 3 x", 24102},
-                         Row{"_SEARCH_CLOSEST_POINT 1 2", 24104}, Row{"_SEARCH_CLOSEST_POINT 1 nan 2", 24104},
-                         Row{"_RECOVER maybe", 24107}, Row{"_SEARCH_ENVELOPE -1e9 2 3.5 4", 0}}) {
+  for (const Row& row :
+       {Row{"_SEARCH_ENVELOPE 1 2 3", 24102}, Row{"_SEARCH_ENVELOPE 1 2 3 x", 24102},
+        Row{"_SEARCH_CLOSEST_POINT 1 2", 24104}, Row{"_SEARCH_CLOSEST_POINT 1 nan 2", 24104},
+        Row{"_SEARCH_ENVELOPE", 24102}, Row{"_RECOVER maybe", 24107}, Row{"_SEARCH_ENVELOPE -1e9 2 3.5 4", 0}}) {
     name += "K";
     scope_->row(name + row.keyword);
     EXPECT_EQ(numberOf(QDSReader("QDS", name).setup()), row.number) << row.keyword;

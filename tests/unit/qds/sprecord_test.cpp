@@ -154,6 +154,10 @@ TEST_F(SpatialStoreTest, IndexesThatDoNotFit) {
   EXPECT_EQ(write("none.qds", {}), "");
   EXPECT_FALSE(isThere("none.fsi"));
   EXPECT_EQ(write("x/s.qds", {"a"}), "#393361");
+  std::filesystem::create_symlink("/dev/full", at("full.fsi"));
+  EXPECT_EQ(write("full.qds", {"a"}), "#395306");
+  std::filesystem::create_directory(at("taken.fsi"));
+  EXPECT_EQ(write("taken.qds", {"a"}), "#395305");
 }
 
 TEST_F(SpatialStoreTest, ReaderSearchesWithinItsStores) {

@@ -8,6 +8,8 @@
 #include <random>
 #include <set>
 
+#include "tests/unit/drivers.h"
+
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -172,6 +174,7 @@ TEST(RpTree, AnswersAsAScanDoes) {
 }
 
 TEST(RpTree, SplitsByItsRule) {
+  TranslationScope engine;
   const auto grow = [](auto&& boxAt) {
     auto tree = std::make_unique<RpTree>();
     for (std::uint32_t id = 0; id < 100; ++id) tree->insert(boxAt(static_cast<double>(id)), id);
@@ -198,6 +201,7 @@ TEST(RpTree, SplitsByItsRule) {
   RpHits hits;
   tree->searchPoint(2, 1, hits);
   EXPECT_EQ(hits.size(), 20000u);
+  EXPECT_EQ(engine.logged("INFORMATION: RpNode::SelfSplit : No cut found for nonLeaf node"), 1u);
 }
 
 TEST(RpTree, StoredFormOfASmallTree) {
