@@ -122,8 +122,9 @@ TEST(PolygonFactory, FormsTheRegionsThatAFloodFinds) {
     };
     const auto join = [&](int a, int b, int x, int y) {
       if (walls.contains({x, y})) return;
-      const auto [low, high] = std::minmax(find(a), find(b));
-      region[static_cast<std::size_t>(high)] = low;
+      a = find(a);
+      b = find(b);
+      region[static_cast<std::size_t>(std::max(a, b))] = std::min(a, b);
     };
     for (int row = 0; row < kSide; ++row) {
       for (int column = 0; column < kSide; ++column) {
