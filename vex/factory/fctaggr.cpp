@@ -2,7 +2,6 @@
 #include "vex/factory/factory.h"
 #include "vex/factory/groupspl.h"
 #include "vex/factory/listattr.h"
-#include "vex/inc/numtext.h"
 #include "vex/src/vexline.h"
 
 namespace {
@@ -25,9 +24,7 @@ class AggregateFactory final : public VEXFactory {
     for (std::size_t group = 0; held_.nextGroup(group);) {
       VEXFeaturePtr feature;
       VEX_TRY(held_.nextMember(feature));
-      ++numGroups_;
       const bool isSingle = !held_.hasMember();
-      if (isSingle) ++numSingletons_;
       if (isSingle && hasOutput("SINGLETON")) {
         VEX_TRY(output("SINGLETON", feature));
         continue;
@@ -41,9 +38,7 @@ class AggregateFactory final : public VEXFactory {
 
   VEXStatus allDone() override {
     VEX_TRY(flush(std::string()));
-    log(VEXSeverity::Stats, kSummary,
-        {"Combined " + countText(numIn_, "input feature") + " into " + countText(numGroups_, "output feature") +
-         " (including " + countText(numSingletons_, "singleton") + ")"});
+    log(VEXSeverity::Stats, kSummary, {held_.combinedText()});
     return extendStatus(VEXFactory::allDone());
   }
 
@@ -60,17 +55,12 @@ class AggregateFactory final : public VEXFactory {
 
   VEXStatus process(VEXFeaturePtr& feature) override {
     if (!hasOutput("AGGREGATE") && !hasOutput("SINGLETON")) return makeStatus(kNoOutput, {name(), factoryName()});
-    ++numIn_;
     return extendStatus(held_.add(feature));
   }
 
   // Makes the first member of the current group the aggregate of all of them. A single one keeps its geometry.
   VEXStatus join(VEXFeature& feature, bool isSingle) {
-    if (list_.isSet()) {
-      VEXAttributeTable first;
-      first.copyFrom(feature.table());
-      list_.addElement(feature, first, 0);
-    }
+    if (list_.isSet()) list_.addOwnElement(feature);
     if (isSingle) return nullptr;
     const int dimension = feature.dimension();
     std::vector<VEXLine> lines;
@@ -99,9 +89,6 @@ class AggregateFactory final : public VEXFactory {
 
   VEXGroupSpool held_;
   VEXListAttribute list_;
-  std::int64_t numIn_ = 0;
-  std::int64_t numGroups_ = 0;
-  std::int64_t numSingletons_ = 0;
 };
 
 const VEXClause<AggregateFactory> AggregateFactory::kClauses[] = {

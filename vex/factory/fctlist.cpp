@@ -3,7 +3,6 @@
 #include "vex/factory/factory.h"
 #include "vex/factory/groupspl.h"
 #include "vex/factory/listattr.h"
-#include "vex/inc/numtext.h"
 
 namespace {
 
@@ -24,10 +23,7 @@ class ListFactory final : public VEXFactory {
     for (std::size_t group = 0; held_.nextGroup(group);) {
       VEXFeaturePtr feature;
       VEX_TRY(held_.nextMember(feature));
-      ++numGroups_;
-      const bool isSingle = !held_.hasMember();
-      if (isSingle) ++numSingletons_;
-      const bool staysSingle = isSingle && hasOutput("SINGLETON");
+      const bool staysSingle = !held_.hasMember() && hasOutput("SINGLETON");
       if (!staysSingle) VEX_TRY(collect(*feature));
       VEX_TRY(output(staysSingle ? "SINGLETON" : "LIST", feature));
     }
@@ -37,9 +33,7 @@ class ListFactory final : public VEXFactory {
 
   VEXStatus allDone() override {
     VEX_TRY(flush(std::string()));
-    log(VEXSeverity::Stats, kSummary,
-        {"Combined " + countText(numIn_, "input feature") + " into " + countText(numGroups_, "output feature") +
-         " (including " + countText(numSingletons_, "singleton") + ")"});
+    log(VEXSeverity::Stats, kSummary, {held_.combinedText()});
     return extendStatus(VEXFactory::allDone());
   }
 
@@ -57,15 +51,12 @@ class ListFactory final : public VEXFactory {
   VEXStatus process(VEXFeaturePtr& feature) override {
     if (!list_.isSet()) return makeStatus(kNoListName, {name(), factoryName(), "LIST_NAME"});
     if (!hasOutput("LIST")) return makeStatus(kNoOutput, {name(), factoryName(), "OUTPUT LIST"});
-    ++numIn_;
     return extendStatus(held_.add(feature));
   }
 
   // Gives the first member of the current group the list of all of them.
   VEXStatus collect(VEXFeature& feature) {
-    VEXAttributeTable first;
-    first.copyFrom(feature.table());
-    list_.addElement(feature, first, 0);
+    list_.addOwnElement(feature);
     for (std::size_t index = 1; held_.hasMember(); ++index) {
       VEXFeaturePtr member;
       VEX_TRY(held_.nextMember(member));
@@ -76,9 +67,6 @@ class ListFactory final : public VEXFactory {
 
   VEXGroupSpool held_;
   VEXListAttribute list_;
-  std::int64_t numIn_ = 0;
-  std::int64_t numGroups_ = 0;
-  std::int64_t numSingletons_ = 0;
 };
 
 const VEXClause<ListFactory> ListFactory::kClauses[] = {
