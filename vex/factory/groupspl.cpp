@@ -1,13 +1,10 @@
 #include "vex/factory/groupspl.h"
 
-#include "vex/inc/numtext.h"
-
 VEXStatus VEXGroupSpool::add(VEXFeaturePtr& feature, std::size_t group) {
   key_.clear();
   appendIndexKey(key_, group);
   VEX_TRY(sorter_.add(*feature, key_));
   feature.reset();
-  ++numAdded_;
   return nullptr;
 }
 
@@ -27,8 +24,6 @@ VEXStatus VEXGroupSpool::lookAhead() {
 bool VEXGroupSpool::nextGroup(std::size_t& index) {
   if (ahead_ == nullptr) return false;
   index = group_ = aheadGroup_;
-  isAtFirst_ = true;
-  ++numGroups_;
   return true;
 }
 
@@ -36,15 +31,7 @@ VEXStatus VEXGroupSpool::nextMember(VEXFeaturePtr& feature) {
   feature.reset();
   if (!hasMember()) return nullptr;
   feature = std::move(ahead_);
-  VEX_TRY(lookAhead());
-  if (isAtFirst_ && !hasMember()) ++numSingletons_;
-  isAtFirst_ = false;
-  return nullptr;
-}
-
-std::string VEXGroupSpool::combinedText() const {
-  return "Combined " + countText(numAdded_, "input feature") + " into " + countText(numGroups_, "output feature") +
-         " (including " + countText(numSingletons_, "singleton") + ")";
+  return extendStatus(lookAhead());
 }
 
 void VEXGroupSpool::clear() {

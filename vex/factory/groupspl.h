@@ -4,8 +4,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <string>
 
 #include "vex/factory/featsort.h"
 #include "vex/factory/grouptab.h"
@@ -27,10 +25,7 @@ class VEXGroupSpool {
   void enterGroup(std::size_t index) { group_ = index; }
   VEXStatus nextMember(VEXFeaturePtr& feature);  // null at the end of the group
   bool hasMember() const { return ahead_ != nullptr && aheadGroup_ == group_; }
-  void clear();  // for more features; what has been counted stays
-  // "Combined 3 input features into 2 output features (including 1 singleton)", for a factory that makes one feature of
-  // each group.
-  std::string combinedText() const;
+  void clear();
 
  private:
   VEXStatus lookAhead();
@@ -41,8 +36,4 @@ class VEXGroupSpool {
   VEXFeaturePtr ahead_;  // the next feature; null at the end
   std::size_t aheadGroup_ = 0;
   std::size_t group_ = 0;
-  bool isAtFirst_ = false;  // of the current group
-  std::int64_t numAdded_ = 0;
-  std::int64_t numGroups_ = 0;
-  std::int64_t numSingletons_ = 0;
 };
