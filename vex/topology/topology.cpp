@@ -1,8 +1,8 @@
 #include "vex/topology/topology.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cmath>
+#include <cstdlib>
 
 #include "vex/inc/numtext.h"
 #include "vex/inc/vexassert.h"
