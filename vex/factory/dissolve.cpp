@@ -337,16 +337,13 @@ VEXStatus VEXDissolver::dissolveRaw() {
       VEX_TRY(outline.addLine(arc.xs(), arc.ys(), arc.zs(), isCovered(right) ? right : -left));
     }
   }
-  std::vector<VEXArcUse> uses;
+  // Covered faces on both sides are one by now. Of a ring that crosses itself a loop may lie on the left.
   for (std::int32_t id = 1; id <= faces.numArcs(); ++id) {
     const VEXTopologyArc arc = faces.arc(id);
-    faces.uses(id, uses);
-    const bool isReversed = !uses.empty() && uses[0].isReversed;
-    for (std::int32_t chain : arc.attributes()) {
-      const std::int32_t face = (chain > 0) != isReversed ? arc.rightPolygon() : arc.leftPolygon();
-      const std::int32_t number = rings_[static_cast<std::size_t>(std::abs(chain)) - 1].number;
-      if (isCovered(face)) roots.emplace_back(find(face), number);
-    }
+    const std::int32_t face = isCovered(arc.rightPolygon()) ? arc.rightPolygon() : arc.leftPolygon();
+    if (!isCovered(face)) continue;
+    for (std::int32_t chain : arc.attributes())
+      roots.emplace_back(find(face), rings_[static_cast<std::size_t>(std::abs(chain)) - 1].number);
   }
   std::sort(roots.begin(), roots.end());
   roots.erase(std::unique(roots.begin(), roots.end()), roots.end());

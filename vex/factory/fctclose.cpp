@@ -133,8 +133,8 @@ class CloseFactory final : public VEXFactory {
       const VEXStatus status = fault.status();
       log(VEXSeverity::Warn, kNotPlane,
           {realText(fault.x), realText(fault.y), status == nullptr ? std::string() : status->message()});
-      numRejected_ += static_cast<std::int64_t>(fault.arcs.size());
     }
+    numRejected_ += form.numFaultyLines();
     VEX_TRY(putOutPolygons(form, model));
     numOpen_ += form.numOpenArcs();
     if (!hasOutput("LINE")) return nullptr;

@@ -1,4 +1,5 @@
 // DonutFactory: polygons that lie in others become their holes, and points inside join their polygon.
+#include <functional>
 #include <span>
 
 #include "vex/factory/areatext.h"
@@ -8,6 +9,7 @@
 #include "vex/inc/numtext.h"
 #include "vex/src/featout.h"
 #include "vex/src/holemerg.h"
+#include "vex/src/vexconf.h"
 #include "vex/src/vexdonut.h"
 
 namespace {
@@ -17,9 +19,11 @@ constexpr std::uint32_t kSecondGroupBy = 41006;
 constexpr std::uint32_t kSummary = 41007;
 constexpr std::uint32_t kSummaryRejected = 41008;
 constexpr std::uint32_t kSubmodel = 41009;
+constexpr std::uint32_t kClosure = 41010;
 constexpr std::uint32_t kBadOperator = 41015;
 constexpr std::uint32_t kRejected = 41027;
 constexpr std::int64_t kLoggedCoordinates = 20;
+constexpr std::size_t kClosureStep = 1000;  // features between two lines of the log
 constexpr const char* kTaggedHole = "tagged_hole";
 
 class DonutFactory final : public VEXFactory {
@@ -143,7 +147,7 @@ class DonutFactory final : public VEXFactory {
     }
     VEX_TRY(sortRings(lines_, &features_));
     std::vector<std::size_t> parents;
-    VEX_TRY(findParents(lines_, parents));
+    VEX_TRY(findParents(lines_, parents, progress()));
     // Directly in each ring lie inner_[starts[i]] up to starts[i + 1], points first.
     std::vector<std::size_t> starts(lines_.size() + 1, 0), inner(lines_.size());
     for (const std::size_t parent : parents) {
@@ -177,6 +181,14 @@ class DonutFactory final : public VEXFactory {
     lines_.clear();
     features_.clear();
     return nullptr;
+  }
+
+  // What ORV_DEBUG DONUT_FACTORY wants to see of a long search.
+  std::function<void(std::size_t)> progress() const {
+    if (!VEXConfiguration::debugWord("DONUT_FACTORY")) return {};
+    return [this](std::size_t at) {
+      if (at % kClosureStep == 0) log(VEXSeverity::Inform, kClosure, {integerText(static_cast<std::int64_t>(at) + 1)});
+    };
   }
 
   bool isPoint(std::size_t at) const { return isPoint_[at]; }

@@ -184,8 +184,8 @@ class PolygonFactory final : public VEXFactory {
       const VEXStatus status = fault.status();
       log(VEXSeverity::Warn, kNotPlane,
           {realText(fault.x), realText(fault.y), status == nullptr ? std::string() : status->message()});
-      numRejected_ += static_cast<std::int64_t>(fault.arcs.size());
     }
+    numRejected_ += form.numFaultyLines();
   }
 
   VEXStatus putOutPolygons(VEXPolygonForm& form, const VEXFeature& model) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <set>
 #include <span>
 
 VEXPolygonForm::VEXPolygonForm(VEXNoding noding)
@@ -36,6 +37,13 @@ VEXStatus VEXPolygonForm::form(bool removesCorridors, const std::function<void(d
   options.removeCorridors = removesCorridors;
   options.progress = progress;
   return extendStatus(topology_->buildPolygons(result_, options));
+}
+
+std::int64_t VEXPolygonForm::numFaultyLines() const {
+  std::set<std::int32_t> numbers;
+  for (const VEXTopologyFault& fault : result_.faults)
+    for (std::int32_t arc : fault.arcs) numbers.insert(topology_->arc(arc).attributes()[0]);
+  return static_cast<std::int64_t>(numbers.size());
 }
 
 // ---- what closed nothing ----

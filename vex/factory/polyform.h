@@ -29,6 +29,8 @@ class VEXPolygonForm {
   VEXStatus form(bool removesCorridors, const std::function<void(double)>& progress);
 
   VEXTopologyResult& result() { return result_; }
+  // The lines around the faults of the result, each once.
+  std::int64_t numFaultyLines() const;
   // The arcs that bound no polygon.
   std::int64_t numOpenArcs() const;
   // Gives `take` a feature for each of them, by the numbers of the lines that they are parts of. `sources` holds a

@@ -1,10 +1,12 @@
-// Holes of one shell that have edges in common become one: the common edges go, the others are joined to rings again.
+// Holes of one shell that have edges, or parts of edges, in common become one: they are noded, what two of them share
+// goes, and the topology forms a ring of the rest.
 #pragma once
 
 #include <vector>
 
 #include "vex/src/vexline.h"
 
-// Merged rings take the place of the first of their holes. Holes that enclose something between them stay apart: there
-// the shell is to be seen. So do those with NaN, and those that have an edge twice or overlap.
+// A merged ring takes the place of the first of its holes and runs counter-clockwise. Holes that only touch in points
+// stay apart, as do those that enclose something between them: there the shell is to be seen. So do those with NaN,
+// and those that have an edge twice or overlap.
 void mergeTouchingHoles(std::vector<VEXLine>& holes);

@@ -86,7 +86,8 @@ VEXStatus sortRings(std::vector<VEXLine>& lines, std::vector<VEXFeaturePtr>* fea
 
 // From the smallest ring to the largest. The index shows the inside points of smaller lines that have no parent yet: a
 // ring around the parent holds what that holds, and need not be asked again.
-VEXStatus findParents(const std::vector<VEXLine>& lines, std::vector<std::size_t>& parents) {
+VEXStatus findParents(const std::vector<VEXLine>& lines, std::vector<std::size_t>& parents,
+                      const std::function<void(std::size_t)>& begins) {
   parents.assign(lines.size(), kNoParent);
   if (lines.size() < 2) return nullptr;
   std::vector<VEXPoint> points(lines.size());
@@ -111,6 +112,7 @@ VEXStatus findParents(const std::vector<VEXLine>& lines, std::vector<std::size_t
   index.hideAll();
   std::vector<std::uint32_t> found;
   for (std::size_t at = 0; at < lines.size(); ++at) {
+    if (begins) begins(at);
     if (lines[at].geomType() != VEX_GEOM_POINT && lines[at].numCoords() > 0) {
       VEXBox box;
       VEX_TRY(lines[at].boundingBox(box));

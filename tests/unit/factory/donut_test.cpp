@@ -1,5 +1,9 @@
 // Donuts, hulls and the members of aggregates: each factory alone in its pipeline.
+#include <algorithm>
+#include <random>
+
 #include "tests/unit/factory/facttest.h"
+#include "vex/src/vexline.h"
 
 namespace {
 
@@ -55,6 +59,81 @@ TEST(DonutFactory, ShellsHolesIslandsPoints) {
         "Combined 3 "}});
 }
 
+// Boxes in boxes that touch each other and what they lie in, anywhere along an edge. A place is in one of the polygons
+// that come out when an odd number of boxes holds it, and else in none.
+TEST(DonutFactory, CoversWhatEvenOddTells) {
+  constexpr unsigned kSeed = 20261125;
+  constexpr int kSide = 24;
+  struct Box {
+    int left, bottom, right, top;
+  };
+  for (unsigned round = 0; round < 1500; ++round) {
+    SCOPED_TRACE("seed " + std::to_string(kSeed + round));
+    std::mt19937 random(kSeed + round);
+    auto below = [&random](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+    std::vector<Box> open = {{0, 0, kSide, kSide}};
+    std::vector<Box> boxes;
+    while (!open.empty()) {
+      Box box = open.back();
+      open.pop_back();
+      const int width = box.right - box.left, height = box.top - box.bottom;
+      if (width > 2 && height > 2 && below(3) != 0) {  // two beside each other
+        Box other = box;
+        if (below(2) == 0)
+          box.right = other.left = box.left + 1 + below(width - 1);
+        else
+          box.top = other.bottom = box.bottom + 1 + below(height - 1);
+        open.push_back(box);
+        open.push_back(other);
+        continue;
+      }
+      if (below(4) == 0) continue;
+      boxes.push_back(box);
+      if (width < 3 || height < 3) continue;
+      const Box inner = {box.left + below(2), box.bottom + below(2), box.right - below(2), box.top - below(2)};
+      if (inner.right - inner.left < width || inner.top - inner.bottom < height) open.push_back(inner);
+    }
+    std::shuffle(boxes.begin(), boxes.end(), random);
+    bool isOdd[kSide][kSide] = {};
+    PipelineScope scope({"FACTORY_DEF K DonutFactory OUTPUT DONUT FEATURE_TYPE d OUTPUT POLYGON FEATURE_TYPE g"});
+    VEXPipeline pipeline;
+    ASSERT_EQ(numberOf(pipeline.configure("K")), 0U);
+    for (const Box& box : boxes) {
+      const auto point = [](int x, int y) { return std::to_string(x) + " " + std::to_string(y); };
+      VEXFeaturePtr feature =
+          makeFeature("a polygon " + point(box.left, box.bottom) + ", " + point(box.right, box.bottom) + ", " +
+                      point(box.right, box.top) + ", " + point(box.left, box.top) + ", " + point(box.left, box.bottom));
+      ASSERT_EQ(numberOf(pipeline.processFeature(feature)), 0U);
+      for (int x = box.left; x < box.right; ++x)
+        for (int y = box.bottom; y < box.top; ++y) isOdd[x][y] = !isOdd[x][y];
+    }
+    ASSERT_EQ(numberOf(pipeline.allDone()), 0U);
+    int numHolders[kSide][kSide] = {};
+    while (VEXFeaturePtr feature = pipeline.getOutputFeature()) {
+      const VEXLine area = VEXLine::viewOf(*feature);
+      for (int x = 0; x < kSide; ++x) {
+        for (int y = 0; y < kSide; ++y) {
+          bool isHeld = false;
+          ASSERT_EQ(numberOf(area.containsPoint(x + 0.5, y + 0.5, isHeld)), 0U);
+          if (isHeld) ++numHolders[x][y];
+        }
+      }
+    }
+    for (int x = 0; x < kSide; ++x)
+      for (int y = 0; y < kSide; ++y) ASSERT_EQ(numHolders[x][y], isOdd[x][y] ? 1 : 0) << x << " " << y;
+  }
+}
+
+// ORV_DEBUG tells of long searches, a line for every thousand features.
+TEST(DonutFactory, TellsOfALongSearch) {
+  for (const bool isTold : {true, false}) {
+    PipelineScope scope({isTold ? "ORV_DEBUG DONUT_FACTORY" : "ORV_DEBUG FACTORY",
+                         "FACTORY_DEF K DonutFactory OUTPUT POINT FEATURE_TYPE p"});
+    scope.run(std::vector<std::string>(1500, "a point 1 1"));
+    EXPECT_EQ(scope.engine.logged("Computing spatial closure of feature# 1"), isTold ? 2U : 0U);
+  }
+}
+
 TEST(DonutHoleFactory, ShellAndHoles) {
   check("DonutHoleFactory", {{"OUTPUT OUTERSHELL FEATURE_TYPE s OUTPUT HOLE FEATURE_TYPE h",
                               {"a {n=1} " + kDonut, "a point 1 1"},
@@ -73,7 +152,7 @@ TEST(PIPComponentsFactory, SplitsPointAndPolygon) {
          {outputs,
           {"a aggregate 1 1, 1 1, 1 1, 2 2, 4 4, 0 0, 9 0, 9 9, 0 0", "a point 1 1", "a aggregate 4 99, 1 1"},
           "a aggregate 1 1, 1 1, 1 1, 2 2, 4 4, 0 0, 9 0, 9 9, 0 0; a point 1 1; a aggregate 4 99, 1 1",
-          "Split 0 point and polygon features into separate points and polygons.  Rejected 3 features"}});
+          "Split 0 point and polygon features into separate points and polygons. Rejected 3 features"}});
 }
 
 TEST(ConvexHullFactory, HullOfAGroup) {

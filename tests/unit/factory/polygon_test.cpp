@@ -1,9 +1,13 @@
 // The factories that form polygons: from lines, from boundaries with inside points, from polygons that touch.
 #include <cmath>
+#include <map>
+#include <numeric>
 #include <random>
+#include <set>
 #include <utility>
 
 #include "tests/unit/factory/facttest.h"
+#include "vex/inc/numtext.h"
 #include "vex/src/vexline.h"
 
 namespace {
@@ -25,6 +29,11 @@ TEST(PolygonFactory, FormsPolygonsOfLines) {
             end + "5 input features, Formed 0 polygons, 0 line segments did not close and 5 were rejected"},
            {noding + outputs, {}, "", end + "0 input features, Formed 0 polygons"}});
   }
+  // A line that crosses itself where it was said not to is rejected, once; what is apart from it is formed.
+  check("PolygonFactory", {{"END_NODED" + outputs,
+                            {"a line 0 0, 4 4, 4 0, 0 4, 0 0", "b line 9 0, 9 4, 13 4, 9 0"},
+                            "area polygon 9 0, 9 4, 13 4, 9 0",
+                            end + "2 input features, Formed 1 polygon, 0 line segments did not close and 1 was"}});
   checkFaults("PolygonFactory", {{"OUTPUT AREA FEATURE_TYPE a", 47002},
                                  {"OUTPUT LINE FEATURE_TYPE a OUTPUT LINE FEATURE_TYPE b", 47003},
                                  {"OUTPUT LINE TYPE a", 47004},
@@ -54,6 +63,113 @@ TEST(PolygonFactory, FlushesWhenAFeatureAsksForIt) {
           "area polygon 4 4, 0 0, 4 0, 4 4",
           "Completed "},
          {"PRESERVE_ORIENTATION CLOCKWISE" + outputs, {triangle}, "area polygon 4 4, 4 0, 0 0, 4 4", "Completed "}});
+}
+
+// Lines that run anywhere along the edges and diagonals of a grid, crossing, overlapping and ending as they like. Each
+// cell has four triangles around its centre; the regions that a flood over them finds are the polygons.
+TEST(PolygonFactory, FormsTheRegionsThatAFloodFinds) {
+  constexpr unsigned kSeed = 20261126;
+  constexpr int kSide = 5;
+  constexpr int kSteps[8][2] = {{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}};
+  std::size_t numFormed = 0;
+  for (unsigned round = 0; round < 2000; ++round) {
+    SCOPED_TRACE("seed " + std::to_string(kSeed + round));
+    std::mt19937 random(kSeed + round);
+    auto below = [&random](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+    const double scales[] = {1, 1e-6, 3e4, 0.7};
+    const double offsets[] = {0, 1e-6, 1e7, -123.456};
+    const int place = below(4);
+    const auto moved = [&](double value) { return offsets[place] + scales[place] * value; };
+
+    // Walls by their middles, in quarters of a cell.
+    std::set<std::pair<int, int>> walls;
+    PipelineScope scope({"FACTORY_DEF K PolygonFactory OUTPUT POLYGON FEATURE_TYPE area"});
+    VEXPipeline pipeline;
+    ASSERT_EQ(numberOf(pipeline.configure("K")), 0U);
+    for (int line = 4 + below(22); line > 0; --line) {
+      int x = below(kSide + 1), y = below(kSide + 1);
+      std::string text = "a line " + realText(moved(x)) + " " + realText(moved(y));
+      std::size_t numPoints = 1;
+      for (int turns = 1 + below(4); turns > 0; --turns) {
+        const auto [dx, dy] = kSteps[below(8)];
+        int length = 0;
+        for (const int most = 1 + below(kSide); length < most; ++length) {
+          if (x + dx < 0 || x + dx > kSide || y + dy < 0 || y + dy > kSide) break;
+          if (dx == 0 || dy == 0) walls.insert({4 * x + 2 * dx, 4 * y + 2 * dy});
+          if (dx != 0 && dy != 0) walls.insert({{4 * x + dx, 4 * y + dy}, {4 * x + 3 * dx, 4 * y + 3 * dy}});
+          x += dx;
+          y += dy;
+        }
+        if (length == 0) continue;
+        text += ", " + realText(moved(x)) + " " + realText(moved(y));
+        ++numPoints;
+      }
+      if (numPoints == 1) continue;
+      VEXFeaturePtr feature = makeFeature(text);
+      ASSERT_EQ(numberOf(pipeline.processFeature(feature)), 0U);
+    }
+    ASSERT_EQ(numberOf(pipeline.allDone()), 0U);
+
+    // Triangles: below, right, above, left of the centre; 0 is the outside.
+    const auto triangle = [](int column, int row, int side) {
+      return column < 0 || row < 0 || column >= kSide || row >= kSide ? 0 : 1 + 4 * (row * kSide + column) + side;
+    };
+    std::vector<int> region(1 + 4 * kSide * kSide);
+    std::iota(region.begin(), region.end(), 0);
+    const auto find = [&region](int at) {
+      while (region[static_cast<std::size_t>(at)] != at) at = region[static_cast<std::size_t>(at)];
+      return at;
+    };
+    const auto join = [&](int a, int b, int x, int y) {
+      if (walls.contains({x, y})) return;
+      const auto [low, high] = std::minmax(find(a), find(b));
+      region[static_cast<std::size_t>(high)] = low;
+    };
+    for (int row = 0; row < kSide; ++row) {
+      for (int column = 0; column < kSide; ++column) {
+        const int x = 4 * column, y = 4 * row;
+        join(triangle(column, row, 0), triangle(column, row - 1, 2), x + 2, y);
+        join(triangle(column, row, 3), triangle(column - 1, row, 1), x, y + 2);
+        join(triangle(column, row, 2), triangle(column, row + 1, 0), x + 2, y + 4);
+        join(triangle(column, row, 1), triangle(column + 1, row, 3), x + 4, y + 2);
+        join(triangle(column, row, 0), triangle(column, row, 3), x + 1, y + 1);
+        join(triangle(column, row, 0), triangle(column, row, 1), x + 3, y + 1);
+        join(triangle(column, row, 2), triangle(column, row, 1), x + 3, y + 3);
+        join(triangle(column, row, 2), triangle(column, row, 3), x + 1, y + 3);
+      }
+    }
+    std::map<int, double> areas;  // of the regions, in cells
+    for (int at = 1; at <= 4 * kSide * kSide; ++at)
+      if (find(at) != 0) areas[find(at)] += 0.25;
+
+    std::map<int, int> seen;  // polygons by region
+    std::vector<int> numHolders(region.size(), 0);
+    while (VEXFeaturePtr feature = pipeline.getOutputFeature()) {
+      const VEXLine polygon = VEXLine::viewOf(*feature);
+      std::set<int> held;
+      for (int at = 1; at <= 4 * kSide * kSide; ++at) {
+        const int cell = (at - 1) / 4;
+        const int side = (at - 1) % 4;
+        const double x = cell % kSide + 0.5 + (side == 1 ? 0.3 : side == 3 ? -0.3 : 0.0);
+        const double y = cell / kSide + 0.5 + (side == 2 ? 0.3 : side == 0 ? -0.3 : 0.0);
+        bool isHeld = false;
+        ASSERT_EQ(numberOf(polygon.containsPoint(moved(x), moved(y), isHeld)), 0U);
+        if (!isHeld) continue;
+        held.insert(find(at));
+        ++numHolders[static_cast<std::size_t>(at)];
+      }
+      ASSERT_EQ(held.size(), 1U) << describe(*feature);
+      ++seen[*held.begin()];
+      double area = 0.0;
+      ASSERT_EQ(numberOf(polygon.area(area)), 0U);
+      ASSERT_NEAR(std::abs(area) / (scales[place] * scales[place]), areas[*held.begin()], 1e-4) << describe(*feature);
+      ++numFormed;
+    }
+    ASSERT_EQ(seen.size(), areas.size());
+    for (int at = 1; at <= 4 * kSide * kSide; ++at)
+      ASSERT_EQ(numHolders[static_cast<std::size_t>(at)], find(at) == 0 ? 0 : 1) << "triangle " << at;
+  }
+  EXPECT_GT(numFormed, 10000U);
 }
 
 TEST(PolygonDissolveFactory, DissolvesPolygonsThatShareVertices) {
@@ -114,7 +230,12 @@ TEST(PolygonDissolveFactory, DissolvesPolygonsThatMeetInAnyWay) {
         "2; "
         "inner {k=y} line 4 2, 2 2, 2 4; area {c=2, k=z} polygon 0 0, 0 9, 9 9, 9 0, 0 0; inner {k=z} line 3 3, 4 4; "
         "inner {k=z} line 4 4, 4 3, 3 3",
-        "Dissolved 7 input polygons into 4 polygons"}});
+        "Dissolved 7 input polygons into 4 polygons"},
+       // a ring that crosses itself: both loops
+       {"DISSOLVE_COUNT_ATTRIBUTE c" + outputs,
+        {"a polygon 0 0, 4 4, 4 0, 0 4, 0 0"},
+        "area {c=1} polygon 2 2, 4 4, 4 0, 2 2; area {c=1} polygon 0 4, 2 2, 0 0, 0 4",
+        "Dissolved 1 input polygon into 2 polygons"}});
 }
 
 // On a grid of small squares that are given in random sizes and places, the area that dissolving finds is the number of

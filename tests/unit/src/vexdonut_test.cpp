@@ -86,6 +86,29 @@ TEST(Donuts, MergedHolesOfAGrid) {
   EXPECT_EQ(made(std::move(lines)), "donut 52/2");
 }
 
+// Holes that share a part of an edge, in all ways; what overlaps or leaves a piece of the shell between stays apart.
+TEST(Donuts, HolesThatShareAPartOfAnEdge) {
+  EXPECT_EQ(made(squares({{0, 0, 10}, {1, 1, 2}, {3, 2, 2}})), "donut 92/2");
+  EXPECT_EQ(made(squares({{0, 0, 10}, {1, 1, 4}, {5, 2, 1}})), "donut 83/2");
+  EXPECT_EQ(made(squares({{0, 0, 10}, {1, 1, 4}, {5, 2, 1}, {5, 3, 1}, {5, 5, 2}})), "donut 78/3");
+  EXPECT_EQ(made(squares({{0, 0, 10}, {1, 1, 4}, {5, 1, 1}, {5, 5, 1}})), "donut 82/3");  // one touches in a point
+  // four around a gap, one with an island that the holes hold
+  EXPECT_EQ(made(squares({{0, 0, 10}, {1, 1, 3}, {4, 1, 3}, {1, 5, 3}, {4, 4, 4}, {1, 4, 1}})), "donut 56/6");
+  EXPECT_EQ(made(squares({{0, 0, 10}, {1, 1, 4}, {5, 2, 4}, {6, 3, 1}})), "polygon 1/1, donut 68/2");
+  // Courses of bricks, every other one shifted by half a brick: more holes than are looked at without an index.
+  std::vector<VEXLine> bricks = squares({{-1, -1, 40}});
+  std::vector<VEXLine> joints = squares({{-1, -1, 40}});
+  for (int course = 0; course < 15; ++course) {
+    for (int i = 0; i < 10; ++i) {
+      const double x = 3.0 * i + (course % 2 == 0 ? 0.0 : 1.5);
+      bricks.push_back(VEXLine::fromBox({x, 1.0 * course, kNoZ, x + 3.0, course + 1.0, kNoZ}));
+      joints.push_back(VEXLine::fromBox({x, 2.0 * course, kNoZ, x + 3.0, 2.0 * course + 1.0, kNoZ}));
+    }
+  }
+  EXPECT_EQ(made(std::move(bricks)), "donut 1150/2");
+  EXPECT_EQ(made(std::move(joints)), "donut 1150/16");
+}
+
 TEST(Donuts, HeightsOfHoles) {
   std::vector<VEXLine> lines;
   lines.push_back(VEXLine({0, 9, 9, 0, 0}, {0, 0, 9, 9, 0}, {5, 5, 5, 5, 5}, VEX_GEOM_POLYGON));

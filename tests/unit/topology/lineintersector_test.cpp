@@ -274,6 +274,13 @@ TEST(LineIntersector, IsNodedAtEveryScale) {
                    std::to_string(row.offset) + "\n" + describeLines(lines));
       ASSERT_NO_FATAL_FAILURE(checkNoded(pieces));
       ASSERT_EQ(node(lines), pieces);
+      std::vector<Points> cut;
+      for (const Piece& piece : pieces) cut.push_back(piece.points);
+      std::vector<Piece> expected = pieces;
+      for (std::size_t i = 0; i < expected.size(); ++i) expected[i].ids = {static_cast<std::int32_t>(i + 1)};
+      const std::vector<Piece> again = node(cut);
+      ASSERT_EQ(textOf(again), textOf(expected));
+      ASSERT_EQ(again, expected);
     }
   }
 }
