@@ -1,85 +1,37 @@
 // AggregateFactory: makes one aggregate of the features of each group, at the end of input.
-#include "vex/factory/factory.h"
-#include "vex/factory/groupspl.h"
-#include "vex/factory/listattr.h"
-#include "vex/inc/numtext.h"
+#include "vex/factory/gatherng.h"
 #include "vex/src/vexline.h"
 
 namespace {
 
-constexpr VEXOutputFaults kOutputFaults{860002, 860003, 860004};
-constexpr std::uint32_t kSecondGroupBy = 860006;
-constexpr std::uint32_t kSecondListName = 860008;
-constexpr std::uint32_t kBadListName = 860009;
 constexpr std::uint32_t kNoOutput = 860010;
 constexpr std::uint32_t kOtherDimension = 860011;
 constexpr std::uint32_t kNotJoined = 860012;
-constexpr std::uint32_t kSummary = 860013;
 
-class AggregateFactory final : public VEXFactory {
+class AggregateFactory final : public VEXGatheringFactory {
  public:
   AggregateFactory();
-
-  VEXStatus flush(const std::string&) override {
-    VEX_TRY(held_.startReading());
-    for (std::size_t group = 0; held_.nextGroup(group);) {
-      VEXFeaturePtr feature;
-      VEX_TRY(held_.nextMember(feature));
-      ++numGroups_;
-      const bool isSingle = !held_.hasMember();
-      if (isSingle) ++numSingletons_;
-      if (isSingle && hasOutput("SINGLETON")) {
-        VEX_TRY(output("SINGLETON", feature));
-        continue;
-      }
-      VEX_TRY(join(*feature, isSingle));
-      VEX_TRY(output("AGGREGATE", feature));
-    }
-    held_.clear();
-    return nullptr;
-  }
-
-  VEXStatus allDone() override {
-    VEX_TRY(flush(std::string()));
-    log(VEXSeverity::Stats, kSummary,
-        {"Combined " + countText(numIn_, "input feature") + " into " + countText(numGroups_, "output feature") +
-         " (including " + countText(numSingletons_, "singleton") + ")"});
-    return extendStatus(VEXFactory::allDone());
-  }
 
  private:
   static const VEXClause<AggregateFactory> kClauses[];
 
-  VEXStatus parseOutput(const VEXClauseWords& clause) { return extendStatus(addOutput(clause, kOutputFaults)); }
-  VEXStatus parseGroupBy(const VEXClauseWords& clause) {
-    return extendStatus(held_.groups().parse(clause, kSecondGroupBy));
-  }
-  VEXStatus parseListName(const VEXClauseWords& clause) {
-    return extendStatus(list_.parse(clause, kSecondListName, kBadListName));
-  }
-
   VEXStatus process(VEXFeaturePtr& feature) override {
     if (!hasOutput("AGGREGATE") && !hasOutput("SINGLETON")) return makeStatus(kNoOutput, {name(), factoryName()});
-    ++numIn_;
-    return extendStatus(held_.add(feature));
+    return extendStatus(hold(feature));
   }
 
-  // Makes the first member of the current group the aggregate of all of them. A single one keeps its geometry.
-  VEXStatus join(VEXFeature& feature, bool isSingle) {
-    if (list_.isSet()) {
-      VEXAttributeTable first;
-      first.copyFrom(feature.table());
-      list_.addElement(feature, first, 0);
-    }
-    if (isSingle) return nullptr;
+  // A single feature keeps its geometry.
+  VEXStatus gather(VEXFeature& feature) override {
+    if (list().isSet()) list().addOwnElement(feature);
+    if (!held().hasMember()) return nullptr;
     const int dimension = feature.dimension();
     std::vector<VEXLine> lines;
     addGeometry(feature, dimension, lines);
-    for (std::size_t index = 1; held_.hasMember(); ++index) {
+    for (std::size_t index = 1; held().hasMember(); ++index) {
       VEXFeaturePtr member;
-      VEX_TRY(held_.nextMember(member));
+      VEX_TRY(held().nextMember(member));
       addGeometry(*member, dimension, lines);
-      if (list_.isSet()) list_.addElement(feature, member->table(), index);
+      if (list().isSet()) list().addElement(feature, member->table(), index);
     }
     feature.loadFromLine(lines.empty() ? VEXLine({}, {}, VEX_GEOM_AGGREGATE) : VEXLine::aggregateOf(lines));
     return nullptr;
@@ -96,12 +48,6 @@ class AggregateFactory final : public VEXFactory {
     if (member.dimension() != dimension) log(VEXSeverity::Inform, kOtherDimension, {member.featureType()});
     lines.push_back(std::move(line));
   }
-
-  VEXGroupSpool held_;
-  VEXListAttribute list_;
-  std::int64_t numIn_ = 0;
-  std::int64_t numGroups_ = 0;
-  std::int64_t numSingletons_ = 0;
 };
 
 const VEXClause<AggregateFactory> AggregateFactory::kClauses[] = {
@@ -111,9 +57,14 @@ const VEXClause<AggregateFactory> AggregateFactory::kClauses[] = {
     {"LIST_NAME", exactly(1), 860007, &AggregateFactory::parseListName},
 };
 
-AggregateFactory::AggregateFactory() : VEXFactory("AggregateFactory") {
+AggregateFactory::AggregateFactory()
+    : VEXGatheringFactory("AggregateFactory", "AGGREGATE",
+                          {.output = {860002, 860003, 860004},
+                           .secondGroupBy = 860006,
+                           .secondListName = 860008,
+                           .badListName = 860009,
+                           .summary = 860013}) {
   useClauses(kClauses);
-  addOutputTags({"AGGREGATE", "SINGLETON"});
 }
 
 }  // namespace

@@ -55,10 +55,11 @@ class CreationFactory final : public VEXFactory {
     return nullptr;
   }
   VEXStatus parseOutput(const VEXClauseWords& clause) {
-    if (clause.word(0) != "FEATURE_TYPE")
+    const std::size_t first = clause.word(0) == "CREATED" ? 1 : 0;  // the tag may stand there: there is no other
+    if (clause.count() < first + 2 || clause.word(first) != "FEATURE_TYPE")
       return makeStatus(kBadOutput, {clause.keyword(), clause.lineText(), clause.clauseText()});
     outputs_.push_back(std::make_unique<VEXFeatureSpec>());
-    return extendStatus(clause.parseSpec(1, *outputs_.back()));
+    return extendStatus(clause.parseSpec(first + 1, *outputs_.back()));
   }
 
   VEXStatus start() override { return createsAtEnd_ ? nullptr : extendStatus(createAll()); }

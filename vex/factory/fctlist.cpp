@@ -1,84 +1,34 @@
 // ListFactory: makes one feature of each group, at the end of input: the first one, with the attributes of all as the
 // elements of a list.
-#include "vex/factory/factory.h"
-#include "vex/factory/groupspl.h"
-#include "vex/factory/listattr.h"
-#include "vex/inc/numtext.h"
+#include "vex/factory/gatherng.h"
 
 namespace {
 
-constexpr VEXOutputFaults kOutputFaults{44002, 44003, 44004};
-constexpr std::uint32_t kSecondListName = 44006;
-constexpr std::uint32_t kBadListName = 44007;
-constexpr std::uint32_t kSecondGroupBy = 44009;
 constexpr std::uint32_t kNoListName = 44010;
 constexpr std::uint32_t kNoOutput = 44011;
-constexpr std::uint32_t kSummary = 44012;
 
-class ListFactory final : public VEXFactory {
+class ListFactory final : public VEXGatheringFactory {
  public:
   ListFactory();
-
-  VEXStatus flush(const std::string&) override {
-    VEX_TRY(held_.startReading());
-    for (std::size_t group = 0; held_.nextGroup(group);) {
-      VEXFeaturePtr feature;
-      VEX_TRY(held_.nextMember(feature));
-      ++numGroups_;
-      const bool isSingle = !held_.hasMember();
-      if (isSingle) ++numSingletons_;
-      const bool staysSingle = isSingle && hasOutput("SINGLETON");
-      if (!staysSingle) VEX_TRY(collect(*feature));
-      VEX_TRY(output(staysSingle ? "SINGLETON" : "LIST", feature));
-    }
-    held_.clear();
-    return nullptr;
-  }
-
-  VEXStatus allDone() override {
-    VEX_TRY(flush(std::string()));
-    log(VEXSeverity::Stats, kSummary,
-        {"Combined " + countText(numIn_, "input feature") + " into " + countText(numGroups_, "output feature") +
-         " (including " + countText(numSingletons_, "singleton") + ")"});
-    return extendStatus(VEXFactory::allDone());
-  }
 
  private:
   static const VEXClause<ListFactory> kClauses[];
 
-  VEXStatus parseOutput(const VEXClauseWords& clause) { return extendStatus(addOutput(clause, kOutputFaults)); }
-  VEXStatus parseGroupBy(const VEXClauseWords& clause) {
-    return extendStatus(held_.groups().parse(clause, kSecondGroupBy));
-  }
-  VEXStatus parseListName(const VEXClauseWords& clause) {
-    return extendStatus(list_.parse(clause, kSecondListName, kBadListName));
-  }
-
   VEXStatus process(VEXFeaturePtr& feature) override {
-    if (!list_.isSet()) return makeStatus(kNoListName, {name(), factoryName(), "LIST_NAME"});
+    if (!list().isSet()) return makeStatus(kNoListName, {name(), factoryName(), "LIST_NAME"});
     if (!hasOutput("LIST")) return makeStatus(kNoOutput, {name(), factoryName(), "OUTPUT LIST"});
-    ++numIn_;
-    return extendStatus(held_.add(feature));
+    return extendStatus(hold(feature));
   }
 
-  // Gives the first member of the current group the list of all of them.
-  VEXStatus collect(VEXFeature& feature) {
-    VEXAttributeTable first;
-    first.copyFrom(feature.table());
-    list_.addElement(feature, first, 0);
-    for (std::size_t index = 1; held_.hasMember(); ++index) {
+  VEXStatus gather(VEXFeature& feature) override {
+    list().addOwnElement(feature);
+    for (std::size_t index = 1; held().hasMember(); ++index) {
       VEXFeaturePtr member;
-      VEX_TRY(held_.nextMember(member));
-      list_.addElement(feature, member->table(), index);
+      VEX_TRY(held().nextMember(member));
+      list().addElement(feature, member->table(), index);
     }
     return nullptr;
   }
-
-  VEXGroupSpool held_;
-  VEXListAttribute list_;
-  std::int64_t numIn_ = 0;
-  std::int64_t numGroups_ = 0;
-  std::int64_t numSingletons_ = 0;
 };
 
 const VEXClause<ListFactory> ListFactory::kClauses[] = {
@@ -88,9 +38,14 @@ const VEXClause<ListFactory> ListFactory::kClauses[] = {
     {"GROUP_BY", atLeast(1), 44008, &ListFactory::parseGroupBy},
 };
 
-ListFactory::ListFactory() : VEXFactory("ListFactory") {
+ListFactory::ListFactory()
+    : VEXGatheringFactory("ListFactory", "LIST",
+                          {.output = {44002, 44003, 44004},
+                           .secondGroupBy = 44009,
+                           .secondListName = 44006,
+                           .badListName = 44007,
+                           .summary = 44012}) {
   useClauses(kClauses);
-  addOutputTags({"LIST", "SINGLETON"});
 }
 
 }  // namespace

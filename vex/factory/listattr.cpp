@@ -28,6 +28,12 @@ void VEXListAttribute::addElement(VEXFeature& feature, const VEXAttributeTable& 
   if (feature.numAttributes() > 2 * feature.table().buckets()) feature.compactAttributes();
 }
 
+void VEXListAttribute::addOwnElement(VEXFeature& feature) {
+  VEXAttributeTable own;
+  own.copyFrom(feature.table());
+  addElement(feature, own, 0);
+}
+
 bool VEXListAttribute::matches(std::string_view name, std::size_t& index, std::string_view& rest) const {
   if (name.size() < name_.size() + 3 || !name.starts_with(name_) || name[name_.size()] != '{') return false;
   const char* first = name.data() + name_.size() + 1;

@@ -19,6 +19,8 @@ class VEXListAttribute {
   const std::string& name() const { return name_; }
   // Gives `feature` all attributes of the table as element `index` of the list.
   void addElement(VEXFeature& feature, const VEXAttributeTable& attributes, std::size_t index);
+  // Its own, as element 0.
+  void addOwnElement(VEXFeature& feature);
   // True when `name` belongs to element `index` of this list; `rest` is what stands behind "{<index>}.", and empty for
   // the element itself.
   bool matches(std::string_view name, std::size_t& index, std::string_view& rest) const;

@@ -229,7 +229,8 @@ VEXStatus VEXRecorder::endFile(bool& isAtEnd) {
   }
 }
 
-// From a member's number to that of the next one, or 0. Where recovery meets a gap it goes on behind it.
+// From a member's number to that of the next one, or 0. Where recovery meets a gap it goes on behind it. More members
+// missing than there are, as between roads.qds and roads_2020.qds, are no gap but most likely no series: a warning.
 VEXStatus VEXRecorder::findNextMember(std::uint32_t& number) const {
   const std::uint32_t wanted = number + 1;
   const std::string missing = memberPath(basePath_, wanted);
@@ -245,14 +246,17 @@ VEXStatus VEXRecorder::findNextMember(std::uint32_t& number) const {
   std::string firstName;
   std::uint32_t found = 0;
   std::uint32_t next = 0;
+  std::uint32_t numThere = 1;
   for (const std::string& name : names) {
-    if (!isLaterMember(name, firstName, found) || firstName != path.filename() || found < wanted) continue;
-    if (next == 0 || found < next) next = found;
+    if (!isLaterMember(name, firstName, found) || firstName != path.filename()) continue;
+    ++numThere;
+    if (found > wanted && (next == 0 || found < next)) next = found;
   }
   if (next == 0) return nullptr;
-  if (!allowsGap_ && !recovers_) return makeStatus(kMemberMissing, {missing, memberPath(basePath_, next)});
+  const bool endsHere = allowsGap_ || next - wanted > numThere;
+  if (!endsHere && !recovers_) return makeStatus(kMemberMissing, {missing, memberPath(basePath_, next)});
   logMessage(VEXSeverity::Warn, kMemberMissing, {missing, memberPath(basePath_, next)});
-  if (!allowsGap_) number = next;
+  if (!endsHere) number = next;
   return nullptr;
 }
 

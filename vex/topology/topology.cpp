@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 #include "vex/inc/numtext.h"
 #include "vex/inc/vexassert.h"
@@ -334,8 +335,8 @@ VEXStatus VEXTopology::sectorOf(std::int32_t id, double px, double py, std::size
 }
 
 VEXStatus VEXTopology::nextArc(std::int32_t signedArc, std::int32_t& next) {
-  const std::int32_t id = signedArc < 0 ? -(signedArc + 1) + 1 : signedArc;
-  if (id < 1 || id > numArcs()) return makeStatus(320001, {integerText(signedArc)});
+  if (signedArc == 0 || signedArc > numArcs() || signedArc < -numArcs()) return makeStatus(320001, {integerText(signedArc)});
+  const std::int32_t id = std::abs(signedArc);
   if (arcs_.record(id).isRemoved) return makeStatus(320002, {integerText(id)});
   orderEnds();
   const std::uint32_t half = next_[static_cast<std::size_t>(id - 1) * 2 + (signedArc < 0 ? 1 : 0)];

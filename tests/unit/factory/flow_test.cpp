@@ -97,6 +97,7 @@ TEST(CreationFactory, MakesFeatures) {
         "r {creation_instance=0, n=5} polygon 0 0, 0 1, 1 1, 0 0",
         "Features created: 1"},
        {"OUTPUT FEATURE_TYPE none INPUT FEATURE_TYPE x", {"a"}, "none {creation_instance=0}; a", "Features created: 1"},
+       {"OUTPUT CREATED FEATURE_TYPE none x y", {"a"}, "none {creation_instance=0, x=y}; a", "Features created: 1"},
        {"NUMBER_TO_CREATE 0 OUTPUT FEATURE_TYPE p", {"a"}, "a", "Features created: 0"},
        {"", {"a"}, "a", "Features created: 0"}});
   checkFaults("CreationFactory", {{"2D_GEOMETRY 1 x", 50026},
@@ -104,7 +105,8 @@ TEST(CreationFactory, MakesFeatures) {
                                   {"2D_GEOMETRY 1 2 3D_GEOMETRY 1 2 3", 50032},
                                   {"NUMBER_TO_CREATE x", 50031},
                                   {"NUMBER_TO_CREATE -1", 50031},
-                                  {"OUTPUT CREATED FEATURE_TYPE a", 50022},
+                                  {"OUTPUT CREATED FEATURE_TYPE", 50022},
+                                  {"OUTPUT MADE FEATURE_TYPE a", 50022},
                                   {"OUTPUT a b", 50022}});
 }
 

@@ -311,6 +311,11 @@ TEST_F(StoreTest, MemberMissing) {
   put("s_4.qds", "");
   EXPECT_EQ(readAll("s.qds", true), "t {a=1}; t {a=3}");
   EXPECT_EQ(scope_->logged("Records saved from the feature file"), 3U);
+  // A year is no number of a series.
+  ASSERT_EQ(writeAll("roads.qds", {"old"}), "");
+  ASSERT_EQ(writeAll("roads_2020.qds", {"new"}), "");
+  EXPECT_EQ(readAll("roads.qds"), "old");
+  EXPECT_EQ(readAll("roads.qds", true), "old");
 }
 
 TEST_F(StoreTest, DirectoriesAndKeywords) {
