@@ -4,6 +4,7 @@
 //   geos_check formed FILE...      noded first: polygons beside GEOSUnaryUnion and GEOSPolygonize
 //   geos_check single FILE...      the same after all coordinates have been rounded to single precision
 //   geos_check arcs FILE...        polygons taken apart into arcs and built again from their arc lists
+//   geos_check dissolved FILE...   polygons of every third record dissolved, beside GEOSUnaryUnion
 //   geos_check compare A B         two sets of polygons
 //
 // A file is a .shp, of which only geometry is read, or text with one WKT geometry a line. Prints what it found and
@@ -27,6 +28,7 @@
 #include <string>
 #include <vector>
 
+#include "vex/factory/dissolve.h"
 #include "vex/src/vexline.h"
 #include "vex/topology/arcpolytopology.h"
 #include "vex/topology/lineintersector.h"
@@ -277,7 +279,7 @@ bool compare(const std::string& name, const std::vector<Geometry>& ours, const s
   return numOdd == 0 && numInvalid == 0;
 }
 
-// ---- the three checks ----
+// ---- the checks ----
 
 std::vector<Geometry> geometriesOf(const std::vector<Parts>& records) {
   std::vector<Geometry> geometries;
@@ -326,16 +328,46 @@ bool checkFormed(const std::string& name, const std::vector<Parts>& records, boo
   return compare(name, ours, theirs, isNoded ? 0.0 : spacingAt(theirs));
 }
 
+VEXFeaturePtr featureOf(const Parts& record) {
+  VEXFeaturePtr feature(new VEXFeature(2));
+  feature->setGeomType(VEX_GEOM_POLYGON);
+  for (const Part& ring : record)
+    for (std::size_t i = 0; i < ring.x.size(); ++i) feature->addCoord(ring.x[i], ring.y[i]);
+  return feature;
+}
+
+// Every third record is one group, as an attribute with three values would have it.
+bool checkDissolved(const std::string& name, const std::vector<Parts>& records) {
+  constexpr std::size_t kNumGroups = 3;
+  std::vector<Geometry> ours, theirs;
+  for (std::size_t group = 0; group < kNumGroups; ++group) {
+    VEXDissolver dissolver(false, false);
+    std::vector<GEOSGeometry*> members;
+    for (std::size_t at = group; at < records.size(); at += kNumGroups) {
+      Geometry area = areaOf(records[at]);
+      if (GEOSisEmpty_r(geos, area.get()) != 0) continue;
+      must(dissolver.add(*featureOf(records[at]), static_cast<std::int32_t>(at)));
+      members.push_back(area.release());
+    }
+    must(dissolver.dissolve());
+    for (const VEXLine& polygon : dissolver.polygons()) ours.push_back(geosOf(polygon));
+    for (const VEXTopologyFault& fault : dissolver.faults())
+      std::printf("  no polygon at %.15g %.15g: %zu arcs\n", fault.x, fault.y, fault.arcs.size());
+    const Geometry all = collectionOf(members, GEOS_GEOMETRYCOLLECTION);
+    const Geometry joined(GEOSUnaryUnion_r(geos, all.get()));
+    for (int i = 0; i < GEOSGetNumGeometries_r(geos, joined.get()); ++i)
+      theirs.emplace_back(GEOSGeom_clone_r(geos, GEOSGetGeometryN_r(geos, joined.get(), i)));
+  }
+  return compare(name, ours, theirs, spacingAt(theirs));
+}
+
 bool checkArcs(const std::string& name, const std::vector<Parts>& records) {
   VEXArcPolyTopology model;
   std::vector<Geometry> theirs;
   for (const Parts& record : records) {
     Geometry area = areaOf(record);
     if (GEOSisEmpty_r(geos, area.get()) != 0) continue;
-    VEXFeaturePtr feature(new VEXFeature(2));
-    feature->setGeomType(VEX_GEOM_POLYGON);
-    for (const Part& ring : record)
-      for (std::size_t i = 0; i < ring.x.size(); ++i) feature->addCoord(ring.x[i], ring.y[i]);
+    VEXFeaturePtr feature = featureOf(record);
     must(model.addFeature(feature));
     theirs.push_back(std::move(area));
   }
@@ -396,7 +428,7 @@ int check(const std::vector<std::string>& words) {
   if (mode == "compare" && words.size() == 3) {
     const std::vector<Geometry> theirs = geometriesOf(readFile(words[2]));
     isGood = compare(words[1], geometriesOf(readFile(words[1])), theirs, spacingAt(theirs));
-  } else if (mode == "arcs" || mode == "formed" || mode == "single" || mode == "ends") {
+  } else if (mode == "arcs" || mode == "formed" || mode == "single" || mode == "ends" || mode == "dissolved") {
     std::vector<Parts> records;
     std::string names;
     for (std::size_t i = 1; i < words.size(); ++i) {
@@ -408,9 +440,11 @@ int check(const std::vector<std::string>& words) {
       for (Part& part : records[i])
         for (std::vector<double>* ordinates : {&part.x, &part.y})
           for (double& value : *ordinates) value = static_cast<double>(static_cast<float>(value));
-    isGood = mode == "arcs" ? checkArcs(names, records) : checkFormed(names, records, mode == "ends");
+    isGood = mode == "arcs"        ? checkArcs(names, records)
+             : mode == "dissolved" ? checkDissolved(names, records)
+                                   : checkFormed(names, records, mode == "ends");
   } else {
-    fail("ends, formed, single or arcs FILE..., or compare A B");
+    fail("ends, formed, single, arcs or dissolved FILE..., or compare A B");
   }
   return isGood ? 0 : 1;
 }
@@ -418,7 +452,7 @@ int check(const std::vector<std::string>& words) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 3) fail("ends, formed, single or arcs FILE..., or compare A B");
+  if (argc < 3) fail("ends, formed, single, arcs or dissolved FILE..., or compare A B");
   geos = initGEOS_r(nullptr, report);
   const int result = check(std::vector<std::string>(argv + 1, argv + argc));
   finishGEOS_r(geos);
