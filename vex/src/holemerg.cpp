@@ -1,5 +1,6 @@
 #include "vex/src/holemerg.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <map>

@@ -1,4 +1,5 @@
 // The factories that form polygons: from lines, from boundaries with inside points, from polygons that touch.
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <numeric>
