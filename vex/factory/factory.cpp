@@ -21,7 +21,8 @@ constexpr std::uint32_t kOutputRefused = 231032;
 constexpr VEXOutputFaults kOutputFaults{kBadOutputTag, kBadOutputTag, kUnknownClause};
 
 constexpr std::string_view kFeatureType = "FEATURE_TYPE";
-constexpr std::size_t kFirstClause = 3;  // behind FACTORY_DEF, keyword and class
+constexpr std::int64_t kRejectedCoordinates = 20;  // of a rejected feature that are logged
+constexpr std::size_t kFirstClause = 3;            // behind FACTORY_DEF, keyword and class
 
 }  // namespace
 
@@ -182,6 +183,12 @@ VEXStatus VEXFactory::sendOn(VEXFeaturePtr& feature) {
 void VEXFactory::log(VEXSeverity severity, std::uint32_t number,
                      std::initializer_list<std::string_view> parameters) const {
   logText(severity, factoryName_ + "(" + className_ + "): " + formatMessage(number, parameters));
+}
+
+void VEXFactory::rejectFeature(std::uint32_t number, std::string_view reason, VEXFeaturePtr& feature) const {
+  log(VEXSeverity::Warn, number, {feature->featureType(), reason});
+  logFeature(*feature, VEXSeverity::Warn, kRejectedCoordinates);
+  feature.reset();
 }
 
 // ---- end of input ----

@@ -127,6 +127,8 @@ class VEXFactory {
   VEXStatus addOutput(const VEXClauseWords& clause, const VEXOutputFaults& faults);
   // Logs a message behind "<factory name>(<class>): ".
   void log(VEXSeverity severity, std::uint32_t number, std::initializer_list<std::string_view> parameters) const;
+  // Lets go of a feature that cannot be used: logs why, a message of its type and the reason, and then the feature.
+  void rejectFeature(std::uint32_t number, std::string_view reason, VEXFeaturePtr& feature) const;
   const std::string& matchedTag() const { return matchedTag_; }  // of the current feature; empty when untagged
   bool hasOutput(std::string_view tag) const { return outputs_.find(tag) != outputs_.end(); }
   bool hasInputs() const { return !inputSpecs_.empty() || !taggedInputs_.empty(); }

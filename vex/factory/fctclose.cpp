@@ -6,9 +6,7 @@
 #include "vex/factory/polyform.h"
 #include "vex/inc/numtext.h"
 #include "vex/rptree/rptree.h"
-#include "vex/src/featout.h"
 #include "vex/src/vexline.h"
-#include "vex/src/vexrcycl.h"
 
 namespace {
 
@@ -22,8 +20,6 @@ constexpr std::uint32_t kNotPlane = 38010;
 constexpr std::uint32_t kPointsMet = 38011;
 constexpr std::uint32_t kSummary = 38012;
 constexpr std::uint32_t kNotOnePoint = 38014;
-
-constexpr std::int64_t kLoggedCoordinates = 20;
 
 class CloseFactory final : public VEXFactory {
  public:
@@ -59,16 +55,10 @@ class CloseFactory final : public VEXFactory {
     return extendStatus(boundaries_.groups().parse(clause, kSecondGroupBy));
   }
   VEXStatus parseEndNoded(const VEXClauseWords& clause) {
-    return extendStatus(setNoding(VEXNoding::Ends, clause, kNotEndNoded));
+    return extendStatus(setNoding(VEXNoding::Ends, clause, kNotEndNoded, noding_));
   }
   VEXStatus parseVertexNoded(const VEXClauseWords& clause) {
-    return extendStatus(setNoding(VEXNoding::Vertices, clause, kNotVertexNoded));
-  }
-  VEXStatus setNoding(VEXNoding noding, const VEXClauseWords& clause, std::uint32_t onOther) {
-    if (noding_ != VEXNoding::None && noding_ != noding)
-      return makeStatus(onOther, {clause.keyword(), clause.lineText(), clause.clauseText()});
-    noding_ = noding;
-    return nullptr;
+    return extendStatus(setNoding(VEXNoding::Vertices, clause, kNotVertexNoded, noding_));
   }
 
   // Without INPUT clauses the geometry decides what a feature is for.
@@ -102,9 +92,7 @@ class CloseFactory final : public VEXFactory {
 
   void reject(std::uint32_t number, std::string_view reason, VEXFeaturePtr& feature) {
     ++numRejected_;
-    log(VEXSeverity::Warn, number, {feature->featureType(), reason});
-    logFeature(*feature, VEXSeverity::Warn, kLoggedCoordinates);
-    feature.reset();
+    rejectFeature(number, reason, feature);
   }
 
   VEXStatus closeGroup(std::size_t group) {
@@ -122,7 +110,7 @@ class CloseFactory final : public VEXFactory {
         continue;
       }
       ++numLines;
-      if (model == nullptr) model = makeModel(group, *feature);
+      if (model == nullptr) model = boundaries_.groups().makeModel(group, *feature);
       feature->resetCoords();
       if (hasOutput("LINE")) VEX_TRY(lines.add(*feature, {}));
     }
@@ -140,14 +128,6 @@ class CloseFactory final : public VEXFactory {
     if (!hasOutput("LINE")) return nullptr;
     return extendStatus(
         form.openLines(lines, [this](VEXFeaturePtr& line) { return extendStatus(output("LINE", line)); }));
-  }
-
-  VEXFeaturePtr makeModel(std::size_t group, const VEXFeature& first) const {
-    VEXFeaturePtr model = VEXObjectRecycler::instance().getFeature(2, 0);
-    model->setFeatureType(first.featureType());
-    model->setCoordSys(first.coordSys());
-    boundaries_.groups().setValues(group, *model);
-    return model;
   }
 
   // The first point of each polygon, in the order of arrival, gives it its attributes.

@@ -3,7 +3,6 @@
 #include "vex/factory/factory.h"
 #include "vex/factory/listattr.h"
 #include "vex/inc/numtext.h"
-#include "vex/src/featout.h"
 
 namespace {
 
@@ -13,7 +12,6 @@ constexpr std::uint32_t kBadListName = 863006;
 constexpr std::uint32_t kSummary = 863007;
 constexpr std::uint32_t kSummaryRejected = 863008;
 constexpr std::uint32_t kRejected = 863009;
-constexpr std::int64_t kLoggedCoordinates = 20;
 
 class DeaggregateFactory final : public VEXFactory {
  public:
@@ -42,13 +40,11 @@ class DeaggregateFactory final : public VEXFactory {
     if (feature->geomType() != VEX_GEOM_AGGREGATE) return extendStatus(putOut(feature));
     VEXFeatureVector members;
     if (VEXStatus failure = feature->splitAggregate(false, members)) {
-      reject(*feature, failure->message());
-      feature.reset();
+      reject(failure->message(), feature);
       return nullptr;
     }
     if (members.empty()) {
-      reject(*feature, "0");
-      feature.reset();
+      reject("0", feature);
       return nullptr;
     }
     if (list_.isSet()) giveElements(*feature, members);
@@ -91,17 +87,15 @@ class DeaggregateFactory final : public VEXFactory {
         ++(isPointInPolygon(*feature) ? counts_.pips : counts_.aggregates);
         break;
       default:
-        reject(*feature, VEXFeature::geomTypeName(feature->geomType()));
-        feature.reset();
+        reject(VEXFeature::geomTypeName(feature->geomType()), feature);
         return nullptr;
     }
     return extendStatus(output(tag, feature));
   }
 
-  void reject(const VEXFeature& feature, std::string_view reason) {
+  void reject(std::string_view reason, VEXFeaturePtr& feature) {
     ++numRejected_;
-    log(VEXSeverity::Warn, kRejected, {feature.featureType(), reason});
-    logFeature(feature, VEXSeverity::Warn, kLoggedCoordinates);
+    rejectFeature(kRejected, reason, feature);
   }
 
   VEXListAttribute list_;

@@ -6,7 +6,6 @@
 #include "vex/factory/groupspl.h"
 #include "vex/factory/listattr.h"
 #include "vex/inc/numtext.h"
-#include "vex/src/featout.h"
 #include "vex/src/vexline.h"
 #include "vex/src/vexrcycl.h"
 
@@ -23,7 +22,6 @@ constexpr std::uint32_t kBadListName = 866014;
 constexpr std::uint32_t kTwoNodings = 866017;
 constexpr std::uint32_t kSummary = 866018;
 
-constexpr std::int64_t kLoggedCoordinates = 20;
 constexpr int kMostAttempts = 8;  // to dissolve a submodel, each without the features that spoilt the one before
 
 enum class Gather { Sum, Average, WeightedAverage };
@@ -135,8 +133,7 @@ class PolygonDissolveFactory final : public VEXFactory {
       if (failure == nullptr) continue;
       isOut[at] = true;
       ++numRejected_;
-      log(VEXSeverity::Warn, kRejected, {feature->featureType(), failure->message()});
-      logFeature(*feature, VEXSeverity::Warn, kLoggedCoordinates);
+      rejectFeature(kRejected, failure->message(), feature);
     }
     return nullptr;
   }
@@ -167,7 +164,7 @@ class PolygonDissolveFactory final : public VEXFactory {
       Totals& total = totals[at];
       if (total.feature == nullptr) continue;
       finishFields(total);
-      if (model == nullptr) model = makeModel(group, *total.feature);
+      if (model == nullptr) model = held_.groups().makeModel(group, *total.feature);
       total.feature->loadFromLine(std::move(dissolver.polygons()[at]));
       ++numPolygons_;
       VEX_TRY(output("POLYGON", total.feature));
@@ -183,15 +180,6 @@ class PolygonDissolveFactory final : public VEXFactory {
              countText(dissolver.numInteriorLines(), "interior line segment") + " found",
          held_.groups().submodelText(group)});
     return nullptr;
-  }
-
-  // What interior lines have of their polygons: type, coordinate system, values of the group.
-  VEXFeaturePtr makeModel(std::size_t group, const VEXFeature& first) const {
-    VEXFeaturePtr model = VEXObjectRecycler::instance().getFeature(2, 0);
-    model->setFeatureType(first.featureType());
-    model->setCoordSys(first.coordSys());
-    held_.groups().setValues(group, *model);
-    return model;
   }
 
   VEXStatus gatherMembers(VEXFeatureSorter& members, const VEXDissolver& dissolver, std::vector<Totals>& totals) {

@@ -7,7 +7,6 @@
 #include "vex/factory/flushtrg.h"
 #include "vex/factory/groupspl.h"
 #include "vex/inc/numtext.h"
-#include "vex/src/featout.h"
 #include "vex/src/holemerg.h"
 #include "vex/src/vexconf.h"
 #include "vex/src/vexdonut.h"
@@ -22,7 +21,6 @@ constexpr std::uint32_t kSubmodel = 41009;
 constexpr std::uint32_t kClosure = 41010;
 constexpr std::uint32_t kBadOperator = 41015;
 constexpr std::uint32_t kRejected = 41027;
-constexpr std::int64_t kLoggedCoordinates = 20;
 constexpr std::size_t kClosureStep = 1000;  // features between two lines of the log
 constexpr const char* kTaggedHole = "tagged_hole";
 
@@ -107,9 +105,7 @@ class DonutFactory final : public VEXFactory {
       ++numRejected_;
       const std::string reason = failure != nullptr ? failure->message() : VEXFeature::geomTypeName(whole.geomType());
       feature->restoreLine(whole.clone());
-      log(VEXSeverity::Warn, kRejected, {feature->featureType(), reason});
-      logFeature(*feature, VEXSeverity::Warn, kLoggedCoordinates);
-      feature.reset();
+      rejectFeature(kRejected, reason, feature);
       return nullptr;
     }
     for (std::size_t at = 0; at < parts.size(); ++at) {

@@ -4,9 +4,7 @@
 #include "vex/factory/groupspl.h"
 #include "vex/factory/polyform.h"
 #include "vex/inc/numtext.h"
-#include "vex/src/featout.h"
 #include "vex/src/vexline.h"
-#include "vex/src/vexrcycl.h"
 
 namespace {
 
@@ -26,7 +24,6 @@ constexpr std::uint32_t kNotPlane = 47025;
 constexpr std::uint32_t kCompleted = 47026;
 constexpr std::uint32_t kBadOrientation = 47028;
 
-constexpr std::int64_t kLoggedCoordinates = 20;
 constexpr double kProgressStep = 10.0;  // percent
 
 class PolygonFactory final : public VEXFactory {
@@ -57,16 +54,10 @@ class PolygonFactory final : public VEXFactory {
     return extendStatus(held_.groups().parse(clause, kSecondGroupBy));
   }
   VEXStatus parseEndNoded(const VEXClauseWords& clause) {
-    return extendStatus(setNoding(VEXNoding::Ends, clause, kNotEndNoded));
+    return extendStatus(setNoding(VEXNoding::Ends, clause, kNotEndNoded, noding_));
   }
   VEXStatus parseVertexNoded(const VEXClauseWords& clause) {
-    return extendStatus(setNoding(VEXNoding::Vertices, clause, kNotVertexNoded));
-  }
-  VEXStatus setNoding(VEXNoding noding, const VEXClauseWords& clause, std::uint32_t onOther) {
-    if (noding_ != VEXNoding::None && noding_ != noding)
-      return makeStatus(onOther, {clause.keyword(), clause.lineText(), clause.clauseText()});
-    noding_ = noding;
-    return nullptr;
+    return extendStatus(setNoding(VEXNoding::Vertices, clause, kNotVertexNoded, noding_));
   }
   VEXStatus parseBefore(const VEXClauseWords& clause) {
     return extendStatus(triggers_.parseBefore(clause, name(), kBadOperator));
@@ -122,9 +113,7 @@ class PolygonFactory final : public VEXFactory {
 
   void reject(std::uint32_t number, std::string_view reason, VEXFeaturePtr& feature) {
     ++numRejected_;
-    log(VEXSeverity::Warn, number, {feature->featureType(), reason});
-    logFeature(*feature, VEXSeverity::Warn, kLoggedCoordinates);
-    feature.reset();
+    rejectFeature(number, reason, feature);
   }
 
   VEXStatus formGroup(std::size_t group) {
@@ -141,7 +130,7 @@ class PolygonFactory final : public VEXFactory {
         continue;
       }
       ++numLines;
-      if (model == nullptr) model = makeModel(group, *feature);
+      if (model == nullptr) model = held_.groups().makeModel(group, *feature);
       feature->resetCoords();
       if (hasOutput("LINE")) VEX_TRY(lines.add(*feature, {}));
     }
@@ -159,14 +148,6 @@ class PolygonFactory final : public VEXFactory {
     numOpen_ += open;
     log(VEXSeverity::Inform, kFormed, {outcomeText(polygons, open, numRejected_ - rejectedBefore), submodel});
     return nullptr;
-  }
-
-  VEXFeaturePtr makeModel(std::size_t group, const VEXFeature& first) const {
-    VEXFeaturePtr model = VEXObjectRecycler::instance().getFeature(2, 0);
-    model->setFeatureType(first.featureType());
-    model->setCoordSys(first.coordSys());
-    held_.groups().setValues(group, *model);
-    return model;
   }
 
   std::function<void(double)> progress() {

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "vex/src/vexrcycl.h"
+
 namespace {
 
 // Each value stands in a key behind its length: whatever bytes values hold, `a' with `bc' and `ab' with `c' differ.
@@ -63,6 +65,14 @@ VEXStringVector VEXGroupTable::values(std::size_t index) const {
 void VEXGroupTable::setValues(std::size_t index, VEXFeature& feature) const {
   std::string_view key = *keys_[index];
   for (VEXName name : names_) feature.setAttribute(name, takeValue(key));
+}
+
+VEXFeaturePtr VEXGroupTable::makeModel(std::size_t index, const VEXFeature& member) const {
+  VEXFeaturePtr model = VEXObjectRecycler::instance().getFeature(2, 0);
+  model->setFeatureType(member.featureType());
+  model->setCoordSys(member.coordSys());
+  setValues(index, *model);
+  return model;
 }
 
 std::string VEXGroupTable::where(std::size_t index) const {

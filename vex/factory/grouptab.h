@@ -30,6 +30,8 @@ class VEXGroupTable {
   VEXStringVector values(std::size_t index) const;
   // Gives a feature the group's values under the names of the fields.
   void setValues(std::size_t index, VEXFeature& feature) const;
+  // A feature for what is made of a whole group: type and coordinate system of a member, the group's values, no more.
+  VEXFeaturePtr makeModel(std::size_t index, const VEXFeature& member) const;
   // "`kind' is `road', and `lanes' is `2'"; empty without fields.
   std::string where(std::size_t index) const;
   // " in submodel where " and the above, to stand behind a count; empty without fields.

@@ -5,6 +5,13 @@
 #include <set>
 #include <span>
 
+VEXStatus setNoding(VEXNoding said, const VEXClauseWords& clause, std::uint32_t onOther, VEXNoding& noding) {
+  if (noding != VEXNoding::None && noding != said)
+    return makeStatus(onOther, {clause.keyword(), clause.lineText(), clause.clauseText()});
+  noding = said;
+  return nullptr;
+}
+
 VEXPolygonForm::VEXPolygonForm(VEXNoding noding)
     : noding_(noding),
       topology_(

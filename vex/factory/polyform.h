@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+#include "vex/factory/factory.h"
 #include "vex/factory/featsort.h"
 #include "vex/inc/statinfo.h"
 #include "vex/inc/vexfeat.h"
@@ -19,6 +20,9 @@ enum class VEXNoding {
   Ends,      // in their ends
   Vertices,  // in their vertices
 };
+
+// The work of a clause that says so. `onOther` is the fault when another clause has said something else.
+VEXStatus setNoding(VEXNoding said, const VEXClauseWords& clause, std::uint32_t onOther, VEXNoding& noding);
 
 class VEXPolygonForm {
  public:

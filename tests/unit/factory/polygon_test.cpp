@@ -122,8 +122,9 @@ TEST(PolygonFactory, FormsTheRegionsThatAFloodFinds) {
     };
     const auto join = [&](int a, int b, int x, int y) {
       if (walls.contains({x, y})) return;
-      const auto [low, high] = std::minmax(find(a), find(b));
-      region[static_cast<std::size_t>(high)] = low;
+      a = find(a);
+      b = find(b);
+      region[static_cast<std::size_t>(std::max(a, b))] = std::min(a, b);
     };
     for (int row = 0; row < kSide; ++row) {
       for (int column = 0; column < kSide; ++column) {
@@ -238,11 +239,13 @@ TEST(PolygonDissolveFactory, DissolvesPolygonsThatMeetInAnyWay) {
         "Dissolved 1 input polygon into 2 polygons"}});
 }
 
-// On a grid of small squares that are given in random sizes and places, the area that dissolving finds is the number of
-// squares covered, and both ways of noding agree where the polygons are noded.
+// On a grid of small squares that are given in random sizes and places, dissolving finds the squares that are covered,
+// each in one polygon, and both ways of noding agree where the polygons are noded.
 TEST(PolygonDissolveFactory, CoversWhatItsMembersCover) {
-  std::mt19937 random(20261124);
-  for (int round = 0; round < 300; ++round) {
+  constexpr unsigned kSeed = 20261124;
+  for (unsigned round = 0; round < 1000; ++round) {
+    SCOPED_TRACE("seed " + std::to_string(kSeed + round));
+    std::mt19937 random(kSeed + round);
     constexpr int kSide = 8;
     bool covered[kSide][kSide] = {};
     std::vector<std::string> raw;
@@ -275,17 +278,28 @@ TEST(PolygonDissolveFactory, CoversWhatItsMembersCover) {
       ASSERT_EQ(numberOf(pipeline.allDone()), 0U);
       double area = 0.0;
       std::size_t members = 0;
+      int numHolders[kSide][kSide] = {};
       while (VEXFeaturePtr feature = pipeline.getOutputFeature()) {
         double part = 0.0;
         std::int32_t n = 0;
         ASSERT_EQ(numberOf(VEXLine::viewOf(*feature).area(part)), 0U);
         ASSERT_TRUE(feature->getInteger("n", n));
         EXPECT_GT(std::abs(part), 0.0);
+        for (int column = 0; column < kSide; ++column) {
+          for (int row = 0; row < kSide; ++row) {
+            bool isHeld = false;
+            ASSERT_EQ(numberOf(VEXLine::viewOf(*feature).containsPoint(column + 0.5, row + 0.5, isHeld)), 0U);
+            if (isHeld) ++numHolders[column][row];
+          }
+        }
         area += std::abs(part);
         members += static_cast<std::size_t>(n);
       }
-      EXPECT_EQ(area, static_cast<double>(noded.size())) << "round " << round << " " << noding;
-      EXPECT_EQ(members, features->size()) << "round " << round << " " << noding;
+      EXPECT_EQ(area, static_cast<double>(noded.size())) << noding;
+      EXPECT_EQ(members, features->size()) << noding;
+      for (int column = 0; column < kSide; ++column)
+        for (int row = 0; row < kSide; ++row)
+          ASSERT_EQ(numHolders[column][row], covered[column][row] ? 1 : 0) << noding << " " << column << " " << row;
     }
   }
 }
