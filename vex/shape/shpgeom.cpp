@@ -133,7 +133,7 @@ void ShapeDecoder::decodePoints(const Source& from, std::size_t count) {
 
 void ShapeDecoder::takeParts(const shp::Record& record, const Source& from, bool isRing) {
   if (record.numParts == 0) return;
-  ensure(std::size_t{record.numPoints} + record.numParts);
+  ensure(record.numPoints);
   for (std::uint32_t part = 0; part < record.numParts; ++part) {
     const std::size_t first = shp::getLittle(record.parts + shp::kPartBytes * part);
     const std::size_t next = part + 1 < record.numParts ? shp::getLittle(record.parts + shp::kPartBytes * (part + 1))
@@ -185,6 +185,15 @@ bool spreadPoints(const char* __restrict points, std::size_t count, double* __re
 
 template <bool kThird, bool kMeasure>
 void ShapeDecoder::takePart(Source from, std::size_t count, bool isRing) {
+  if constexpr (!kThird && !kMeasure) {
+    // Nearly every ring: nothing to drop, to add or to close.
+    if (isRing && count >= 4 && at_ + count <= size_ && spreadPoints(from.points, count, x_ + at_, y_ + at_) &&
+        isSame(x_[at_], y_[at_], x_[at_ + count - 1], y_[at_ + count - 1])) [[likely]] {
+      if (makesAggregates_) parts_.push_back({.first = at_, .count = count});
+      at_ += count;
+      return;
+    }
+  }
   ensure(at_ + count + 1);
   // The break between two parts of a line: the last coordinate stands twice.
   if (!isRing && !makesAggregates_ && at_ > 0) {
@@ -192,15 +201,6 @@ void ShapeDecoder::takePart(Source from, std::size_t count, bool isRing) {
     ++at_;
   }
   const std::size_t start = at_;
-  if constexpr (!kThird && !kMeasure) {
-    // Nearly every ring: nothing to drop, to add or to close.
-    if (isRing && count >= 4 && spreadPoints(from.points, count, x_ + start, y_ + start) &&
-        isSame(x_[start], y_[start], x_[start + count - 1], y_[start + count - 1])) [[likely]] {
-      at_ = start + count;
-      if (makesAggregates_) parts_.push_back({.first = start, .count = count});
-      return;
-    }
-  }
   const double firstX = shp::getReal(from.points);
   const double firstY = shp::getReal(from.points + shp::kValueBytes);
   double lastX = kNoZ;  // equals nothing

@@ -56,8 +56,10 @@ VEXFeature::VEXFeature(int dimension, std::size_t numCoords) : dimension_(dimens
 
 void VEXFeature::setGeomType(std::uint32_t code) {
   static const VEXName kGeometry = VEXName::intern("orv_geometry");
-  geomType_ = isKnownGeomType(code) ? code : static_cast<std::uint32_t>(VEX_GEOM_UNDEFINED);
-  setAttribute(kGeometry, geomTypeName(geomType_));
+  const GeometryName* known = findGeometry(code);
+  const GeometryName& row = known != nullptr ? *known : kGeometryNames[0];
+  geomType_ = known != nullptr ? code : static_cast<std::uint32_t>(VEX_GEOM_UNDEFINED);
+  setAttribute(kGeometry, row.name);
 }
 
 void VEXFeature::restoreGeometry(std::uint32_t code, int dimension) {
