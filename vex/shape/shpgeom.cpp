@@ -1,9 +1,10 @@
 #include "vex/shape/shpgeom.h"
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
 #include <cmath>
+
+#include "vex/shape/pointrun.h"
 
 namespace {
 
@@ -153,32 +154,13 @@ void ShapeDecoder::takeParts(const shp::Record& record, const Source& from, bool
 
 namespace {
 
-std::uint64_t bitsOf(double value) {
-  return std::bit_cast<std::uint64_t>(value + 0.0);  // -0.0 becomes 0.0
-}
-
-// The highest bit is set when the two differ.
-std::uint64_t difference(std::uint64_t one, std::uint64_t other) {
-  const std::uint64_t bits = one ^ other;
-  return bits | (0 - bits);
-}
-
-// Takes the axes of a run of points apart. True when no point equals its successor, nor any but the last the first.
-// Written so that compilers make vector operations of the loops.
+// Takes the axes of a run of points apart. False when some stand twice, see pointrun.
 bool spreadPoints(const char* __restrict points, std::size_t count, double* __restrict x, double* __restrict y) {
   for (std::size_t i = 0; i < count; ++i) {
     std::memcpy(x + i, points + shp::kPointBytes * i, shp::kValueBytes);
     std::memcpy(y + i, points + shp::kPointBytes * i + shp::kValueBytes, shp::kValueBytes);
   }
-  const std::uint64_t first = bitsOf(x[0]);
-  std::uint64_t differ = ~std::uint64_t{0};
-  for (std::size_t i = 1; i < count; ++i) differ &= difference(bitsOf(x[i]), bitsOf(x[i - 1]));
-  for (std::size_t i = 1; i + 1 < count; ++i) differ &= difference(bitsOf(x[i]), first);
-  if (differ >> 63 == 1) [[likely]]
-    return true;
-  for (std::size_t i = 1; i < count; ++i)
-    if (isSame(x[i], y[i], x[i - 1], y[i - 1]) || (i + 1 < count && isSame(x[i], y[i], x[0], y[0]))) return false;
-  return true;
+  return pointrun::hasNoRepeats(x, y, count);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "vex/shape/pointrun.h"
 #include "vex/shape/shpcodec.h"
 
 namespace {
@@ -85,8 +86,34 @@ void ShapeParts::addPoints(std::size_t first, std::size_t count, bool standTwice
   }
 }
 
+// One ring in which nothing stands twice, which is what nearly every feature brings.
+bool ShapeParts::addPlainRing(std::size_t first, std::size_t count) {
+  const double* const xs = x_ + first;
+  const double* const ys = y_ + first;
+  if (count < 4 || !isSame(xs[0], ys[0], xs[count - 1], ys[count - 1])) return false;
+  double minX = xs[0], maxX = xs[0], minY = ys[0], maxY = ys[0];
+  double sum = 0.0;  // twice the area, from the first point
+  double lastDx = 0.0;
+  for (std::size_t i = 1; i < count; ++i) {
+    const double dx = xs[i] - xs[0];
+    sum += (dx + lastDx) * (ys[i] - ys[i - 1]);
+    lastDx = dx;
+    minX = xs[i] < minX ? xs[i] : minX;
+    maxX = xs[i] > maxX ? xs[i] : maxX;
+    minY = ys[i] < minY ? ys[i] : minY;
+    maxY = ys[i] > maxY ? ys[i] : maxY;
+  }
+  if (!std::isfinite(sum) || !pointrun::hasNoRepeats(xs, ys, count)) return false;
+  extent_.add(minX, minY);
+  extent_.add(maxX, maxY);
+  push({.first = first, .count = count});
+  areas_.push_back(sum / 2.0);
+  return true;
+}
+
 // The loop over the coordinates is the hot one: ring, box, area and repeats come out of it together.
 void ShapeParts::addRings(std::size_t first, std::size_t count) {
+  if (addPlainRing(first, count)) return;
   const std::size_t end = first + count;
   const double* const xs = x_;
   const double* const ys = y_;

@@ -75,6 +75,7 @@ class ShapeParts {
 
  private:
   void addExtent(std::size_t first, std::size_t count);
+  bool addPlainRing(std::size_t first, std::size_t count);  // false: not as plain as that
   void push(const ShapePart& part) {
     parts_.push_back(part);
     numPoints_ += part.numPoints();
