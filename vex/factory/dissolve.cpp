@@ -116,6 +116,7 @@ void VEXDissolver::addRing(const VEXLine& area, const VEXLineRange& range, bool 
     rings_.push_back({number, start, ringPoints_.size() - start});
   } else {
     rings_.push_back({number, 0, 0});
+    numCoords_ += x.size();
     // Finite coordinates of one run are not refused; a chain that is lost all the same would only be missing.
     ignoreStatus(intersector_->addLine(z.empty() ? VEXLine(std::move(x), std::move(y), VEX_GEOM_POLYGON)
                                                  : VEXLine(std::move(x), std::move(y), std::move(z), VEX_GEOM_POLYGON),
@@ -305,7 +306,7 @@ VEXStatus VEXDissolver::emitRun(const std::vector<std::uint32_t>& points, std::s
 
 VEXStatus VEXDissolver::dissolveRaw() {
   VEX_TRY(intersector_->computeIntersections());
-  VEXTopology faces(VEXTopology::kPlain);
+  VEXTopology faces(VEXTopology::kPlain, 2 * numCoords_);  // pieces share their ends
   for (VEXChainPiece piece; intersector_->nextPiece(piece);)
     VEX_TRY(faces.addLine(piece.xs, piece.ys, piece.zs, 0, piece.chainIds));
   intersector_.reset();

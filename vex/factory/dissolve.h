@@ -89,6 +89,7 @@ class VEXDissolver {
   std::vector<VEXLine> polygons_;
   std::vector<VEXLine> interiorLines_;
   std::int64_t numInteriorLines_ = 0;
+  std::size_t numCoords_ = 0;  // of the rings, where they are not noded
   std::vector<std::pair<std::int32_t, std::size_t>> memberships_;
   std::vector<VEXTopologyFault> faults_;
   std::vector<std::int32_t> faulty_;

@@ -1,5 +1,6 @@
 // The faces' rings and the polygons made of them.
 #include <algorithm>
+#include <iterator>
 
 #include "vex/topology/facewalk.h"
 #include "vex/topology/orient.h"
@@ -31,8 +32,11 @@ VEXFaceWalk::Shape VEXFaceWalk::cutIntoRings(std::uint32_t face) {
   listHalves(face);
   rings_.assign(1, Ring{0, static_cast<std::uint32_t>(halves_.size())});
   gather(halves_);
+  wasTrimmed_ = false;
   const Shape whole = shapeOfGathered();
+  isGathered_ = !wasTrimmed_;
   if ((whole != Shape::Shell && whole != Shape::Hole) || !touchesItself_ || hasBridge_) return whole;
+  isGathered_ = false;
   cutWhereTouching();
   std::size_t numShells = 0;
   std::size_t kept = 0;
@@ -91,16 +95,16 @@ void VEXFaceWalk::gather(std::span<const std::uint32_t> ring) {
     if (before == (half ^ 1U)) tips_.push_back(static_cast<std::uint32_t>(x_.size()));
     before = half;
     const VEXTopologyArcIndex::Record& arc = arcOf(half);
-    const double* x = arcs_.xs(arc);
-    const double* y = arcs_.ys(arc);
-    const double* z = hasZ ? arcs_.zs(arc) : nullptr;
-    const std::uint32_t last = arc.count - 1;
-    for (std::uint32_t i = 0; i < last; ++i) {
-      const std::uint32_t at = half % 2 == 0 ? i : last - i;
-      x_.push_back(x[at]);
-      y_.push_back(y[at]);
-      if (hasZ) z_.push_back(z[at]);
-    }
+    // All but the last coordinate, which the next arc brings.
+    auto append = [&](std::vector<double>& to, const double* from) {
+      if (half % 2 == 0)
+        to.insert(to.end(), from, from + arc.count - 1);
+      else
+        to.insert(to.end(), std::reverse_iterator(from + arc.count), std::reverse_iterator(from + 1));
+    };
+    append(x_, arcs_.xs(arc));
+    append(y_, arcs_.ys(arc));
+    if (hasZ) append(z_, arcs_.zs(arc));
   }
   x_.push_back(x_[0]);
   y_.push_back(y_[0]);
@@ -152,6 +156,7 @@ VEXFaceWalk::Shape VEXFaceWalk::shapeOfGathered() {
     return false;
   });
   if (turnsBack) {  // arcs lie on each other
+    wasTrimmed_ = true;
     if (!trim()) return Shape::NoArea;
     turns = turningNumber(x_.data(), y_.data(), x_.size(), [](std::size_t) { return false; });
   }
@@ -288,9 +293,10 @@ void VEXFaceWalk::makePolygon(std::uint32_t face, std::span<const std::uint32_t>
   VEXTopologyPolygon polygon;
   std::size_t numRings = 0;
   auto append = [&](std::span<const std::uint32_t> ring) {
-    gather(ring);
+    if (!isGathered_) gather(ring);
+    isGathered_ = false;
     if (!fitsPolygon(numRings++ == 0)) return false;
-    appendGathered();
+    if (options_.keepLines) appendGathered();
     appendArcs(ring, polygon.arcs);
     return true;
   };

@@ -92,6 +92,8 @@ class VEXFaceWalk {
   std::vector<Ring> rings_;
   bool hasBridge_ = false;            // an arc stands twice in it
   bool touchesItself_ = false;        // a node does
+  bool isGathered_ = false;           // its one ring stands in x_, y_ and z_ as it is
+  bool wasTrimmed_ = false;
   std::vector<std::uint32_t> stamp_;  // per node: the face that met it last
   std::vector<std::uint32_t> place_;  // per node: where it stands among the half edges that are not cut off yet
   std::vector<std::uint32_t> open_;
