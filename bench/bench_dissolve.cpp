@@ -147,7 +147,7 @@ void compare(const char* name, int parcels, int groups, bool isNoded) {
   const std::vector<std::vector<Parcel>> made = makeParcels(parcels, groups, isNoded ? 1.0 : kSpread);
   const Result ours = apart([&](Result& result) { runOurs(made, isNoded, result); });
   const Result peer = apart([&](Result& result) { runPeer(made, isNoded, result); });
-  std::printf("%-9s%9d%8d%9.2f%9.2f%8.1f%8.0f%8.0f%10zu%10zu  %s\n", name, parcels, groups, ours.seconds, peer.seconds,
+  std::printf("%-9s%9d%8d%9.2f%9.2f%8.1f%8.1f%8.1f%10zu%10zu  %s\n", name, parcels, groups, ours.seconds, peer.seconds,
               peer.seconds / ours.seconds, ours.megabytes, peer.megabytes, ours.polygons, peer.polygons,
               std::fabs(ours.area - peer.area) <= 1e-9 * peer.area ? "areas agree" : "AREAS DIFFER");
   std::fflush(stdout);
