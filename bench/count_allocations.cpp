@@ -21,8 +21,12 @@ void* operator new(std::size_t size) {
   if (memory == nullptr) std::abort();
   return memory;
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
 
 namespace {
 
@@ -31,7 +35,8 @@ namespace fs = std::filesystem;
 void writeRows(const fs::path& path, int rows) {
   std::ofstream out(path);
   out << "ID,NAME,VALUE\n";
-  for (int i = 0; i < rows; ++i) out << i << ",a name that is longer than a short string " << i % 7 << ',' << i * 0.25 << '\n';
+  for (int i = 0; i < rows; ++i)
+    out << i << ",a name that is longer than a short string " << i % 7 << ',' << i * 0.25 << '\n';
 }
 
 long allocationsOf(const fs::path& directory, const char* mappingFile, const char* input) {
@@ -44,9 +49,10 @@ long allocationsOf(const fs::path& directory, const char* mappingFile, const cha
 }
 
 void writeMapping(const fs::path& path, const std::string& reader, const std::string& writer) {
-  std::ofstream(path) << "READER_KEYWORD IN\nWRITER_KEYWORD OUT\n" << reader << writer
-                      << "IN r ID %id NAME %name VALUE %value\n"
-                      << "OUT r ID %id NAME %name VALUE %value LABEL @Concatenate(%name,-,%id) @XValue(%id,Reset) @YValue(%value)\n";
+  std::ofstream(path)
+      << "READER_KEYWORD IN\nWRITER_KEYWORD OUT\n"
+      << reader << writer << "IN r ID %id NAME %name VALUE %value\n"
+      << "OUT r ID %id NAME %name VALUE %value LABEL @Concatenate(%name,-,%id) @XValue(%id,Reset) @YValue(%value)\n";
 }
 
 std::string tableIn(const std::string& row) {
@@ -62,7 +68,8 @@ std::string tableOut(const std::string& row) {
 
 int main() {
   constexpr int kRows = 20000;
-  fs::path directory = fs::temp_directory_path() / ("orv_count_" + std::to_string(std::rand()) + "_" + std::to_string(allocations));
+  fs::path directory =
+      fs::temp_directory_path() / ("orv_count_" + std::to_string(std::rand()) + "_" + std::to_string(allocations));
   fs::create_directories(directory);
   writeRows(directory / "once.csv", kRows);
   writeRows(directory / "twice.csv", 2 * kRows);
@@ -78,7 +85,8 @@ int main() {
     long once = allocationsOf(directory, job, "once");
     long twice = allocationsOf(directory, job, "twice");
     double each = static_cast<double>(twice - once) / kRows;
-    std::printf("%-12s %ld allocations for %d rows, %ld for %d: %.4f per further feature\n", job, once, kRows, twice, 2 * kRows, each);
+    std::printf("%-12s %ld allocations for %d rows, %ld for %d: %.4f per further feature\n", job, once, kRows, twice,
+                2 * kRows, each);
     isSteady = isSteady && each < 0.1;
   }
   fs::remove_all(directory);

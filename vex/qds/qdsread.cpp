@@ -69,6 +69,7 @@ VEXStatus QDSReader::parseNumbers(const char* name, std::size_t count, std::uint
   bool isRight = words.size() == count;
   for (std::size_t at = 0; isRight && at < count; ++at)
     isRight = textToReal(words[at], numbers[at]) && !std::isnan(numbers[at]);
+  if (count == 4) isRight = isRight && numbers[0] <= numbers[2] && numbers[1] <= numbers[3];  // a box holds something
   if (!isRight) return makeStatus(onFault, {keyword() + name, joined(words, " ")});
   numbers_ = numbers;
   return nullptr;

@@ -8,6 +8,11 @@
 
 namespace pointrun {
 
+// Written so that a difference in x, which is the rule, is one branch.
+inline bool isSame(double x1, double y1, double x2, double y2) {
+  return __builtin_expect(x1 == x2, 0) && y1 == y2;
+}
+
 inline std::uint64_t bitsOf(double value) {
   return std::bit_cast<std::uint64_t>(value + 0.0);  // -0.0 becomes 0.0
 }
@@ -27,7 +32,7 @@ inline bool hasNoRepeats(const double* x, const double* y, std::size_t count) {
   if (differ >> 63 == 1) [[likely]]
     return true;
   for (std::size_t i = 1; i < count; ++i)
-    if ((x[i] == x[i - 1] && y[i] == y[i - 1]) || (i + 1 < count && x[i] == x[0] && y[i] == y[0])) return false;
+    if (isSame(x[i], y[i], x[i - 1], y[i - 1]) || (i + 1 < count && isSame(x[i], y[i], x[0], y[0]))) return false;
   return true;
 }
 

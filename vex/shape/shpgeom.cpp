@@ -6,10 +6,9 @@
 
 #include "vex/shape/pointrun.h"
 
-namespace {
+using pointrun::isSame;
 
-// Written so that a difference in x, which is the rule, is one branch.
-bool isSame(double x1, double y1, double x2, double y2) { return __builtin_expect(x1 == x2, 0) && y1 == y2; }
+namespace {
 
 // True when none of the doubles behind each other at `at` is infinite or not a number: those have an exponent of
 // ones, which overflows into the sign's place.

@@ -8,10 +8,9 @@
 #include "vex/shape/pointrun.h"
 #include "vex/shape/shpcodec.h"
 
-namespace {
+using pointrun::isSame;
 
-// Written so that a difference in x, which is the rule, is one branch.
-bool isSame(double x1, double y1, double x2, double y2) { return __builtin_expect(x1 == x2, 0) && y1 == y2; }
+namespace {
 
 bool isFiniteRun(const double* values, std::size_t count) {
   std::uint64_t overflow = 0;

@@ -72,7 +72,7 @@ int compareCourses(const Course& a, const Course& b) {
     if (isSame || aIsNearer) ++i;
     if (isSame || !aIsNearer) ++j;
     if (i == a.count || j == b.count) return (i == a.count ? 0 : 1) - (j == b.count ? 0 : 1);  // what ends comes first
-    if (a.xAt(i) == b.xAt(j) && a.yAt(i) == b.yAt(j)) {  // on they go
+    if (a.xAt(i) == b.xAt(j) && a.yAt(i) == b.yAt(j)) {                                        // on they go
       fromX = x;
       fromY = y;
       continue;
@@ -335,7 +335,8 @@ VEXStatus VEXTopology::sectorOf(std::int32_t id, double px, double py, std::size
 }
 
 VEXStatus VEXTopology::nextArc(std::int32_t signedArc, std::int32_t& next) {
-  if (signedArc == 0 || signedArc > numArcs() || signedArc < -numArcs()) return makeStatus(320001, {integerText(signedArc)});
+  if (signedArc == 0 || signedArc > numArcs() || signedArc < -numArcs())
+    return makeStatus(320001, {integerText(signedArc)});
   const std::int32_t id = std::abs(signedArc);
   if (arcs_.record(id).isRemoved) return makeStatus(320002, {integerText(id)});
   orderEnds();

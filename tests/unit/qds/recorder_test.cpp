@@ -335,10 +335,10 @@ TEST_F(StoreTest, DirectoriesAndKeywords) {
     std::uint32_t number;
   };
   std::string name = "K";
-  for (const Row& row :
-       {Row{"_SEARCH_ENVELOPE 1 2 3", 24102}, Row{"_SEARCH_ENVELOPE 1 2 3 x", 24102},
-        Row{"_SEARCH_CLOSEST_POINT 1 2", 24104}, Row{"_SEARCH_CLOSEST_POINT 1 nan 2", 24104},
-        Row{"_SEARCH_ENVELOPE", 24102}, Row{"_RECOVER maybe", 24107}, Row{"_SEARCH_ENVELOPE -1e9 2 3.5 4", 0}}) {
+  for (const Row& row : {Row{"_SEARCH_ENVELOPE 1 2 3", 24102}, Row{"_SEARCH_ENVELOPE 1 2 3 x", 24102},
+                         Row{"_SEARCH_ENVELOPE 3 2 1 4", 24102}, Row{"_SEARCH_CLOSEST_POINT 1 2", 24104},
+                         Row{"_SEARCH_CLOSEST_POINT 1 nan 2", 24104}, Row{"_SEARCH_ENVELOPE", 24102},
+                         Row{"_RECOVER maybe", 24107}, Row{"_SEARCH_ENVELOPE -1e9 2 3.5 4", 0}}) {
     name += "K";
     scope_->row(name + row.keyword);
     EXPECT_EQ(numberOf(QDSReader("QDS", name).setup()), row.number) << row.keyword;

@@ -194,8 +194,8 @@ TEST(AttributeTable, RefillsAsIfItWereNew) {
     std::uint32_t place = random() % 12;
     for (std::size_t i = 0; i < usual + random() % 3; ++i) {
       const VEXName name = names[random() % 8 == 0 ? random() % names.size() : i];
-      const std::string value = std::to_string(random() % 100 * (random() % 2 == 0 ? 1 : 1000000007LL)) +
-                                std::string(random() % 50, 'x');
+      const std::string value =
+          std::to_string(random() % 100 * (random() % 2 == 0 ? 1 : 1000000007LL)) + std::string(random() % 50, 'x');
       if (random() % 12 == 0) {
         EXPECT_EQ(kept.remove(name), fresh.remove(name));
       } else if (random() % 12 == 0) {

@@ -83,7 +83,8 @@ TEST(ArcPolyTopology, Pictures) {
                "1:arc 0/1 2:arc 2/1 | d1: 1 0 2, 48, 96 | q2: -2, 8, 4 | universe: -1, 40, -100"},
            // areas that overlap: the universe has their common outline; one within the other is no border
            Row{{square, "q polygon 5 0, 5 10, 15 10, 15 0, 5 0"},
-               "1:arc 0/1 2:arc 0/1 3:arc 0/1 4:arc 0/1 5:arc 0/2 6:arc 0/2 | p1: 1 2 3 4, 40, 100 | q2: 1 6 3 5, 40, 100 | "
+               "1:arc 0/1 2:arc 0/1 3:arc 0/1 4:arc 0/1 5:arc 0/2 6:arc 0/2 | p1: 1 2 3 4, 40, 100 | q2: 1 6 3 5, 40, "
+               "100 | "
                "universe: -1 -4 -3 -6, 50, -150"},
            Row{{square, "q polygon 2 2, 2 4, 4 4, 4 2, 2 2"},
                "1:arc 0/1 2:arc 0/2 | p1: 1, 40, 100 | q2: 2, 8, 4 | universe: -1, 40, -100"},
