@@ -2,18 +2,15 @@
 // side runs in a process of its own, so that the peak memory is its own; the areas have to agree.
 //   bench_dissolve [parcels] [groups]
 #include <geos_c.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <vector>
 
+#include "bench/apart.h"
 #include "vex/factory/dissolve.h"
 #include "vex/inc/vexfeat.h"
 
@@ -70,28 +67,6 @@ struct Result {
   std::size_t polygons = 0;
 };
 
-Result apart(const std::function<void(Result&)>& work) {
-  int ends[2];
-  if (pipe(ends) != 0) std::abort();
-  const pid_t child = fork();
-  if (child == 0) {
-    rusage before{}, after{};
-    getrusage(RUSAGE_SELF, &before);
-    Result result;
-    work(result);
-    getrusage(RUSAGE_SELF, &after);
-    result.megabytes = static_cast<double>(after.ru_maxrss - before.ru_maxrss) / 1024.0;
-    if (write(ends[1], &result, sizeof result) != sizeof result) std::abort();
-    _exit(0);
-  }
-  Result result;
-  if (read(ends[0], &result, sizeof result) != sizeof result) std::abort();
-  waitpid(child, nullptr, 0);
-  close(ends[0]);
-  close(ends[1]);
-  return result;
-}
-
 double since(std::chrono::steady_clock::time_point start) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
@@ -145,8 +120,8 @@ void runPeer(const std::vector<std::vector<Parcel>>& groups, bool isNoded, Resul
 
 void compare(const char* name, int parcels, int groups, bool isNoded) {
   const std::vector<std::vector<Parcel>> made = makeParcels(parcels, groups, isNoded ? 1.0 : kSpread);
-  const Result ours = apart([&](Result& result) { runOurs(made, isNoded, result); });
-  const Result peer = apart([&](Result& result) { runPeer(made, isNoded, result); });
+  const Result ours = apart<Result>([&](Result& result) { runOurs(made, isNoded, result); });
+  const Result peer = apart<Result>([&](Result& result) { runPeer(made, isNoded, result); });
   std::printf("%-9s%9d%8d%9.2f%9.2f%8.1f%8.1f%8.1f%10zu%10zu  %s\n", name, parcels, groups, ours.seconds, peer.seconds,
               peer.seconds / ours.seconds, ours.megabytes, peer.megabytes, ours.polygons, peer.polygons,
               std::fabs(ours.area - peer.area) <= 1e-9 * peer.area ? "areas agree" : "AREAS DIFFER");

@@ -2,19 +2,16 @@
 // process of its own, so that the peak memory is its own; both count their hits, which have to agree.
 //   bench_index [boxes] [queries] [overlap]     overlap: mean side of a box as a share of the mean distance, 0.7
 #include <geos_c.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "bench/apart.h"
 #include "vex/rptree/rptree.h"
 
 namespace {
@@ -55,29 +52,6 @@ double secondsOf(const std::function<void()>& work) {
   const auto start = std::chrono::steady_clock::now();
   work();
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-// In a child process: its peak memory beyond that of the input.
-Result apart(const std::function<void(Result&)>& work) {
-  int ends[2];
-  if (pipe(ends) != 0) std::abort();
-  const pid_t child = fork();
-  if (child == 0) {
-    rusage before{}, after{};
-    getrusage(RUSAGE_SELF, &before);
-    Result result;
-    work(result);
-    getrusage(RUSAGE_SELF, &after);
-    result.megabytes = static_cast<double>(after.ru_maxrss - before.ru_maxrss) / 1024.0;
-    if (write(ends[1], &result, sizeof result) != sizeof result) std::abort();
-    _exit(0);
-  }
-  Result result;
-  if (read(ends[0], &result, sizeof result) != sizeof result) std::abort();
-  waitpid(child, nullptr, 0);
-  close(ends[0]);
-  close(ends[1]);
-  return result;
 }
 
 void runTree(const Input& input, Result& result) {
@@ -146,9 +120,9 @@ int main(int argc, char** argv) {
   const std::size_t numQueries = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 100000;
   const double overlap = argc > 3 ? std::strtod(argv[3], nullptr) : 0.7;
   const Input input = makeInput(numBoxes, numQueries, overlap);
-  const Result ours = apart([&](Result& result) { runTree(input, result); });
-  const Result grown = apart([&](Result& result) { runGrown(input, result); });
-  const Result peer = apart([&](Result& result) { runPeer(input, result); });
+  const Result ours = apart<Result>([&](Result& result) { runTree(input, result); });
+  const Result grown = apart<Result>([&](Result& result) { runGrown(input, result); });
+  const Result peer = apart<Result>([&](Result& result) { runPeer(input, result); });
   const auto boxes = static_cast<double>(numBoxes), queries = static_cast<double>(numQueries);
   std::printf("%zu boxes, %.1f hits a box query, %.1f a point query\n", numBoxes,
               static_cast<double>(ours.boxHits) / queries, static_cast<double>(ours.pointHits) / queries);
