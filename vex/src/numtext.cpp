@@ -8,6 +8,8 @@
 #include <cstring>
 #include <limits>
 
+#include "vex/src/wordscan.h"
+
 namespace {
 
 // Reads sign and digits; `rest` is what stands behind them.
@@ -59,12 +61,15 @@ constexpr double kPowers[] = {1e-4, 1e-3, 1e-2, 1e-1, 1e0,  1e1,  1e2,  1e3,  1e
 constexpr long double kScales[] = {1e0L,  1e1L,  1e2L,  1e3L,  1e4L,  1e5L,  1e6L,  1e7L,  1e8L, 1e9L,
                                    1e10L, 1e11L, 1e12L, 1e13L, 1e14L, 1e15L, 1e16L, 1e17L, 1e18L};
 
-// Eight digits, leading zeros too.
+// Eight digits, leading zeros too: fours, twos and ones are parted side by side in one word, the first digit in its
+// lowest byte. The multiplications divide by 100 and by 10.
 void putDigits(std::uint32_t value, char* to) {
-  for (int at = 7; at >= 0; --at) {
-    to[at] = static_cast<char>('0' + value % 10);
-    value /= 10;
-  }
+  const std::uint64_t fours = value / 10000 | std::uint64_t{value % 10000} << 32;
+  const std::uint64_t upperTwos = (fours * 5243 >> 19) & 0x0000007F0000007F;
+  const std::uint64_t twos = upperTwos | (fours - 100 * upperTwos) << 16;
+  const std::uint64_t upperOnes = (twos * 103 >> 10) & 0x000F000F000F000F;
+  const std::uint64_t ones = upperOnes | (twos - 10 * upperOnes) << 8;
+  wordscan::store(to, ones | 0x30 * wordscan::kEach);
 }
 
 // The text of std::to_chars with fifteen digits for a value in plain notation, or null where it is not certain. The

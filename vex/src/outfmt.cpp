@@ -1,14 +1,13 @@
 #include "vex/src/outfmt.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
 #include "vex/inc/numtext.h"
-#include "vex/src/plainnum.h"
 
 namespace {
 
-constexpr std::size_t kMostCharacters = 99;   // of a formatted number
 constexpr std::size_t kMostExactDigits = 15;  // a text of so many digits is the same text again behind a double
 
 bool contains(std::string_view text, std::string_view word) {
@@ -46,6 +45,7 @@ VEXStatus VEXOutputFormat::parse(std::string_view typeText, VEXOutputFormat& for
   if (!textToInteger(trimmed(rest), format.decimals_) || format.decimals_ < 0) return makeStatus(876006, {type});
   if (format.decimals_ >= format.width_) return makeStatus(876007, {type});
   format.kind_ = Kind::Number;
+  format.mostInForm_ = std::min<std::size_t>(kMostExactDigits, static_cast<std::size_t>(format.width_));
   return nullptr;
 }
 
@@ -59,8 +59,8 @@ bool VEXOutputFormat::format(double value, std::string& out) const {
     appendReal(out, value);
     return false;
   }
-  const std::size_t room = kind_ == Kind::Number ? static_cast<std::size_t>(width_) : kMostCharacters;
-  const bool isTooLong = decimals_ > static_cast<std::int32_t>(kMostCharacters) || std::fabs(value) >= 1e99;
+  const std::size_t room = kind_ == Kind::Number ? static_cast<std::size_t>(width_) : kLongest;
+  const bool isTooLong = decimals_ > static_cast<std::int32_t>(kLongest) || std::fabs(value) >= 1e99;
   if (isTooLong) {
     appendReal(out, value);
     return false;
@@ -72,13 +72,13 @@ bool VEXOutputFormat::format(double value, std::string& out) const {
     case Kind::Integer:
       return isWithin<std::int32_t>(std::round(value));
     default:
-      return out.size() <= room && out.size() <= kMostCharacters;
+      return out.size() <= room && out.size() <= kLongest;
   }
 }
 
 bool VEXOutputFormat::format(std::string_view value, std::string& buffer, std::string_view& shaped) const {
   shaped = value;
-  if (kind_ == Kind::Text || value.empty()) return true;
+  if (kind_ == Kind::Text || value.empty() || isInForm(value)) return true;
   if (kind_ == Kind::Number && padText(value, buffer, shaped)) return true;
   double number = 0.0;
   if (!textToReal(value, number) || !format(number, buffer)) return false;
@@ -86,7 +86,7 @@ bool VEXOutputFormat::format(std::string_view value, std::string& buffer, std::s
   return true;
 }
 
-// Most values need nothing but zeros at their end, or not even those: then no conversion is made.
+// Most others need nothing but zeros at their end: then no conversion is made.
 bool VEXOutputFormat::padText(std::string_view value, std::string& buffer, std::string_view& shaped) const {
   VEXPlainNumber number;
   if (value.size() > kMostExactDigits || !splitPlainNumber(value, number)) return false;
@@ -96,7 +96,7 @@ bool VEXOutputFormat::padText(std::string_view value, std::string& buffer, std::
   if (value[0] == '+' || numWhole == 0 || (numWhole > 1 && value[number.numSigns] == '0')) return false;
   if (number.numDecimals > decimals || (hasPoint && number.numDecimals == 0)) return false;
   const std::size_t length = number.wholeLength + (decimals == 0 ? 0 : 1 + decimals);
-  if (length > static_cast<std::size_t>(width_) || length > kMostCharacters) return false;
+  if (length > static_cast<std::size_t>(width_) || length > kLongest) return false;
   if (length == value.size()) return true;
   buffer.assign(value);
   if (!hasPoint) buffer += '.';

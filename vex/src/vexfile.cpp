@@ -49,7 +49,7 @@ bool VEXInputFile::open(const std::string& path) {
   }
   size_ = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
   if (buffer_ == nullptr) {
-    buffer_.reset(new char[kBlock]);
+    buffer_.reset(new char[kBlock + kSlack]);
     capacity_ = kBlock;
   }
   blockStart_ = 0;
@@ -78,7 +78,7 @@ bool VEXInputFile::fill(std::size_t wanted) {
   }
   if (wanted > capacity_) {
     std::size_t larger = std::max(wanted, capacity_ * 2);
-    std::unique_ptr<char[]> moved(new char[larger]);
+    std::unique_ptr<char[]> moved(new char[larger + kSlack]);
     std::memcpy(moved.get(), buffer_.get(), end_);
     buffer_ = std::move(moved);
     capacity_ = larger;

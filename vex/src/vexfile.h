@@ -30,6 +30,8 @@ class VEXInputFile {
   // Exactly `count` bytes, as a view into the buffer, valid until the next call; false when fewer are left (the
   // position stays) or on an error. `count` is at most kLongestLine.
   bool readBytes(std::size_t count, std::string_view& bytes);
+  // Behind a view that readBytes gives so many bytes more may be read; they mean nothing.
+  static constexpr std::size_t kSlack = 16;
   // All that is at hand ahead of the position, at least `count` bytes unless the file ends before; the position stays
   // and the view is valid until the next call. skipBytes then moves over what was used of it.
   std::string_view peekBytes(std::size_t count);
@@ -76,6 +78,15 @@ class VEXOutputFile {
   // `count` is at most kMostSpace.
   char* appendSpace(std::size_t count);
   static constexpr std::size_t kMostSpace = std::size_t{1} << 20;
+  // The same for a caller who knows only how much it will be at most, and tells afterwards where it ended.
+  char* openSpace(std::size_t most) {
+    if (most <= kCapacity - used_ && fd_ >= 0 && error_ == 0) [[likely]]
+      return buffer_.get() + used_;
+    if (appendSpace(most) == nullptr) return nullptr;
+    used_ -= most;
+    return buffer_.get() + used_;
+  }
+  void closeSpace(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.get()); }
   // Overwrites what was written before. A pipe has no way back: there it fails unless all is still in the buffer.
   bool patch(std::uint64_t offset, std::string_view bytes);
   std::uint64_t offset() const { return flushed_ + used_; }  // bytes written so far

@@ -7,6 +7,10 @@
 #include <cstdint>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace wordscan {
 
 static_assert(std::endian::native == std::endian::little, "the first byte in memory must be the lowest of a word");
@@ -19,6 +23,10 @@ inline std::uint64_t load(const char* at) {
   std::uint64_t word;
   std::memcpy(&word, at, sizeof word);
   return word;
+}
+
+inline void store(char* at, std::uint64_t word) {
+  std::memcpy(at, &word, sizeof word);
 }
 
 // At most eight bytes, the rest of the word zero; nothing behind them is touched.
@@ -70,6 +78,40 @@ inline std::size_t leadingBlanks(const char* text, std::size_t length) {
     if (const std::uint64_t mask = nonBlankBytes(load(text + at)); mask != 0) return at + firstByte(mask);
   while (at < length && text[at] == ' ') ++at;
   return at;
+}
+
+// One bit a byte of a text, the first byte's the lowest.
+struct ByteBits {
+  std::uint64_t nonBlank = 0;
+  std::uint64_t zero = 0;
+};
+
+// Of sixteen bytes; they must be there.
+inline ByteBits bitsOfSixteen(const char* at) {
+#if defined(__SSE2__)
+  const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+  const auto bitsAt = [bytes](char c) {
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(c))));
+  };
+  return {bitsAt(' ') ^ 0xFFFFU, bitsAt('\0')};
+#else
+  // The high bits of eight bytes, brought together in the highest byte.
+  const auto gathered = [](std::uint64_t mask) { return (mask >> 7) * 0x0102040810204080 >> 56; };
+  const std::uint64_t low = load(at), high = load(at + 8);
+  return {gathered(nonBlankBytes(low)) | gathered(nonBlankBytes(high)) << 8,
+          gathered(~nonZeroBytes(low) & kHighBits) | gathered(~nonZeroBytes(high) & kHighBits) << 8};
+#endif
+}
+
+// Of at most 64 bytes, looked at by whole sixteens: as many must be there, whatever they hold.
+inline ByteBits bitsOf(const char* text, std::size_t length) {
+  ByteBits bits = bitsOfSixteen(text);
+  for (std::size_t at = 16; at < length; at += 16) {
+    const ByteBits more = bitsOfSixteen(text + at);
+    bits.nonBlank |= more.nonBlank << at;
+    bits.zero |= more.zero << at;
+  }
+  return bits;
 }
 
 // Copies `count` bytes between places that do not overlap.

@@ -169,8 +169,12 @@ std::string_view cutAtZero(std::string_view bytes) {
 }
 
 std::string_view withoutSpareZeros(std::string_view number) {
-  const std::size_t point = number.find('.');
-  if (point == std::string_view::npos || number.find_first_of("eE") != std::string_view::npos) return number;
+  std::size_t point = number.size();
+  for (std::size_t at = 0; at < number.size(); ++at) {
+    if (number[at] == 'e' || number[at] == 'E') return number;
+    if (number[at] == '.' && point == number.size()) point = at;
+  }
+  if (point == number.size()) return number;
   while (number.back() == '0' && number.size() > point + 1) number.remove_suffix(1);
   if (number.back() == '.') number.remove_suffix(1);
   return number.empty() ? std::string_view("0") : number;
@@ -200,6 +204,10 @@ void putText(char* place, std::size_t width, std::string_view text) {
 }
 
 bool putNumber(char* place, std::size_t width, std::size_t decimals, std::string_view text) {
+  if (text.size() <= width && hasDecimals(text, decimals)) [[likely]] {
+    wordscan::copyShort(place + width - text.size(), text.data(), text.size());
+    return true;
+  }
   while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
   if (text.empty()) return true;

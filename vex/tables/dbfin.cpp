@@ -1,10 +1,11 @@
 #include "vex/tables/dbfin.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "vex/inc/numtext.h"
 #include "vex/src/vexlog.h"
-#include "vex/tables/vexfdesc.h"
+#include "vex/src/wordscan.h"
 
 namespace {
 
@@ -29,6 +30,11 @@ VEXFieldKind kindOf(char type) {
 
 bool isLetter(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
+// The bits of a field's bytes, see wordscan::ByteBits.
+std::uint64_t bitsUpTo(std::uint32_t length) {
+  return length >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << length) - 1;
 }
 
 // A type letter in a form that can be shown.
@@ -102,7 +108,8 @@ void VEXDBFInput::settleFields(const std::vector<std::string>& beyond) {
   }
   fields_.assign(fieldTable_.size(), {});
   cuts_.clear();
-  for (const dbf::Field& field : fieldTable_) cuts_.push_back({field.offset, field.length, field.type});
+  for (const dbf::Field& field : fieldTable_)
+    cuts_.push_back({field.offset, field.length, bitsUpTo(field.length), kindOf(field.type)});
 }
 
 VEXStatus VEXDBFInput::close() {
@@ -174,6 +181,27 @@ VEXStatus VEXDBFInput::moveToRecord(std::uint64_t record) {
   return nullptr;
 }
 
+std::string_view VEXDBFInput::valueOf(std::string_view bytes, VEXFieldKind kind) {
+  bytes = dbf::cutAtZero(bytes);
+  if (kind == VEXFieldKind::Number) return dbf::numberValue(bytes);
+  return kind == VEXFieldKind::Logical ? dbf::logicalValue(bytes) : dbf::textValue(bytes);
+}
+
+// The same for at most 64 bytes, all of them looked at together.
+inline std::string_view VEXDBFInput::valueOfShort(const char* bytes, const Cut& cut) {
+  const wordscan::ByteBits bits = wordscan::bitsOf(bytes, cut.length);
+  if ((bits.zero & cut.bits) != 0) [[unlikely]]
+    return valueOf({bytes, cut.length}, cut.kind);
+  if (cut.kind == VEXFieldKind::Logical) return dbf::logicalValue({bytes, cut.length});
+  const std::uint64_t nonBlank = bits.nonBlank & cut.bits;
+  const std::size_t end = static_cast<std::size_t>(std::bit_width(nonBlank));
+  if (cut.kind != VEXFieldKind::Number) return {bytes, end};
+  if (end == 0) return "0";
+  const auto first = static_cast<std::size_t>(std::countr_zero(nonBlank));
+  const std::string_view number(bytes + first, end - first);
+  return number.back() == '0' || number.back() == '.' ? dbf::withoutSpareZeros(number) : number;
+}
+
 VEXStatus VEXDBFInput::getRow(VEXTableRow& row, bool& endOfFile) {
   std::string_view record;
   for (;;) {
@@ -186,24 +214,11 @@ VEXStatus VEXDBFInput::getRow(VEXTableRow& row, bool& endOfFile) {
     if (record[0] != dbf::kDeleted) break;
     ++numDeleted_;
   }
-  const bool hasZeros = record.find('\0', 1) != std::string_view::npos;
+  static_assert(VEXInputFile::kSlack >= 16, "fields are looked at by sixteens");
   for (std::size_t i = 0; i < cuts_.size(); ++i) {
     const Cut& cut = cuts_[i];
-    std::string_view bytes(record.data() + cut.offset, cut.length);
-    if (hasZeros) [[unlikely]]
-      bytes = dbf::cutAtZero(bytes);
-    switch (cut.type) {
-      case 'N':
-      case 'F':
-        fields_[i] = dbf::numberValue(bytes);
-        break;
-      case 'L':
-        fields_[i] = dbf::logicalValue(bytes);
-        break;
-      default:
-        fields_[i] = dbf::textValue(bytes);
-        break;
-    }
+    const char* const bytes = record.data() + cut.offset;
+    fields_[i] = cut.length <= 64 ? valueOfShort(bytes, cut) : valueOf({bytes, cut.length}, cut.kind);
   }
   row = fields_;
   return nullptr;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "vex/tables/dbfcodec.h"
+#include "vex/tables/vexfdesc.h"
 #include "vex/tables/vextabio.h"
 
 class VEXDBFInput final : public VEXTableInput {
@@ -42,8 +43,11 @@ class VEXDBFInput final : public VEXTableInput {
   struct Cut {
     std::uint32_t offset;
     std::uint32_t length;
-    char type;
+    std::uint64_t bits;  // of its bytes, the first 64 at most
+    VEXFieldKind kind;
   };
+  static std::string_view valueOf(std::string_view bytes, VEXFieldKind kind);
+  static std::string_view valueOfShort(const char* bytes, const Cut& cut);
   std::vector<Cut> cuts_;            // the same, as the row loop wants it
   std::vector<dbf::Field> leftOut_;  // of kinds that are not read
   std::uint64_t numRecords_ = 0;     // that really are there

@@ -44,18 +44,6 @@ VEXStatus VEXSeparatedOutput::writeRow(VEXTableRow fields) {
     return makeStatus(308009, {path(), integerText(static_cast<std::int64_t>(fields.size())),
                                integerText(static_cast<std::int64_t>(columnNames_.size()))});
   if (!appendNames()) return makeStatus(308007, {path(), file_.errorText()});
-  if (!shaped_.empty()) {
-    row_.assign(fields.begin(), fields.end());
-    for (Shaped& shaped : shaped_) {
-      std::string_view& value = row_[shaped.column];
-      std::string_view text;
-      if (shaped.format.format(value, shaped.text, text)) [[likely]]
-        value = text;
-      else
-        ++shaped.numUnsuited;
-    }
-    fields = row_;
-  }
   if (!appendRow(fields)) return makeStatus(308008, {path(), file_.errorText()});
   return nullptr;
 }
@@ -64,27 +52,45 @@ VEXStatus VEXSeparatedOutput::writeRow(VEXTableRow fields) {
 bool VEXSeparatedOutput::appendNames() {
   if (!namesWanted_) return true;
   namesWanted_ = false;
-  const std::vector<std::string_view> names(columnNames_.begin(), columnNames_.end());
-  return appendRow(names);
+  return file_.append(joined(columnNames_, std::string_view(&separator_, 1)) + "\n");
+}
+
+std::string_view VEXSeparatedOutput::shape(Shaped& shaped, std::string_view value) {
+  std::string_view text;
+  if (shaped.format.format(value, shaped.text, text)) return text;
+  ++shaped.numUnsuited;
+  return value;
 }
 
 bool VEXSeparatedOutput::appendRow(VEXTableRow fields) {
-  std::size_t length = fields.empty() ? 1 : fields.size();  // separators and the line end
-  for (const std::string_view field : fields) length += field.size();
-  if (length <= kLongestInPlace) [[likely]] {
-    char* at = file_.appendSpace(length);
-    if (at == nullptr) return false;
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-      if (i > 0) *at++ = separator_;
-      wordscan::copyShort(at, fields[i].data(), fields[i].size());
-      at += fields[i].size();
-    }
-    *at = '\n';
-    return true;
-  }
+  std::size_t most = fields.size() + 1 + VEXOutputFormat::kLongest * shaped_.size();
+  for (const std::string_view field : fields) most += field.size();
+  if (most > kLongestInPlace) [[unlikely]]
+    return appendLongRow(fields);
+  char* at = file_.openSpace(most);
+  if (at == nullptr) return false;
+  auto shaped = shaped_.begin();
   for (std::size_t i = 0; i < fields.size(); ++i) {
+    std::string_view value = fields[i];
+    if (shaped != shaped_.end() && shaped->column == i) {
+      if (!shaped->format.isInForm(value)) value = shape(*shaped, value);
+      ++shaped;
+    }
+    if (i > 0) *at++ = separator_;
+    wordscan::copyShort(at, value.data(), value.size());
+    at += value.size();
+  }
+  *at++ = '\n';
+  file_.closeSpace(at);
+  return true;
+}
+
+bool VEXSeparatedOutput::appendLongRow(VEXTableRow fields) {
+  auto shaped = shaped_.begin();
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    const bool isShaped = shaped != shaped_.end() && shaped->column == i;
     if (i > 0) file_.append(std::string_view(&separator_, 1));
-    file_.append(fields[i]);
+    file_.append(isShaped ? shape(*shaped++, fields[i]) : fields[i]);
   }
   return file_.append("\n");
 }

@@ -26,7 +26,7 @@ class VEXSeparatedOutput final : public VEXTableOutput {
   VEXStatus writeRow(VEXTableRow fields) override;
 
  private:
-  // A column that shapes its values.
+  // A column that shapes its values; they stand in the order of the columns.
   struct Shaped {
     std::size_t column;
     std::string typeText;
@@ -34,11 +34,12 @@ class VEXSeparatedOutput final : public VEXTableOutput {
     std::string text;  // the value at hand
     std::int64_t numUnsuited = 0;
   };
+  static std::string_view shape(Shaped& shaped, std::string_view value);
   bool appendRow(VEXTableRow fields);
+  bool appendLongRow(VEXTableRow fields);
   bool appendNames();
 
   char separator_ = ',';
   bool namesWanted_ = false;
   std::vector<Shaped> shaped_;
-  std::vector<std::string_view> row_;
 };

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace {
 
 TEST(OutputFormat, TakesTypesApart) {
@@ -72,6 +74,30 @@ TEST(OutputFormat, ShapesValues) {
     EXPECT_EQ(format.format(row.value, buffer, shaped), row.shaped != nullptr) << row.type << ' ' << row.value;
     EXPECT_EQ(shaped, row.shaped != nullptr ? row.shaped : row.value) << row.type;
   }
+}
+
+// A text that is said to have so many decimals is one that a plain look at its characters tells the same of.
+TEST(OutputFormat, TellsDecimalsByTheText) {
+  constexpr std::string_view kCharacters = "000112.-+ e";
+  std::minstd_rand random(7);
+  int numFound = 0;
+  for (int round = 0; round < 200000; ++round) {
+    const std::size_t decimals = random() % 5;
+    std::string text(random() % 19, '0');
+    for (char& c : text) c = kCharacters[random() % (round % 2 == 0 ? 5 : kCharacters.size())];
+    if (round % 4 == 0 && text.size() > decimals + 1) text[text.size() - decimals - 1] = '.';
+    if (round % 3 == 0 && !text.empty()) text[0] = '-';
+    const std::size_t start = text.starts_with('-') ? 1 : 0;
+    const std::size_t end = text.find_first_not_of("0123456789", start);
+    const bool isWhole = end == std::string::npos && text.size() > start;
+    const bool hasPoint = end != std::string::npos && end > start && text[end] == '.' &&
+                          text.find_first_not_of("0123456789", end + 1) == std::string::npos;
+    const bool expected =
+        text.size() <= 16 && (decimals == 0 ? isWhole : hasPoint && text.size() - end - 1 == decimals);
+    ASSERT_EQ(hasDecimals(text, decimals), expected) << '"' << text << "\" " << decimals;
+    numFound += expected ? 1 : 0;
+  }
+  EXPECT_GT(numFound, 10000);
 }
 
 }  // namespace

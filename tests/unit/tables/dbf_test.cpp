@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <random>
 #include <thread>
 
 #include "tests/unit/tables/tabletest.h"
@@ -94,6 +95,50 @@ TEST_F(Dbf, WritesSmallTablesToAPipe) {
     reader.join();
     ::close(ends[0]);
     EXPECT_EQ(bytes.substr(4, 4), isLarge ? "\0\0\0\0"s : "\2\0\0\0"s);
+  }
+}
+
+// Fields are looked at by sixteen bytes: at every width they give what each of them gives alone.
+TEST_F(Dbf, RowsGiveTheValuesOfTheirFields) {
+  constexpr std::size_t kWidths[] = {1, 2, 8, 15, 16, 17, 31, 32, 33, 48, 63, 64, 65, 200, 3};
+  constexpr char kTypes[] = {'C', 'N', 'L', 'D', 'F'};
+  constexpr std::string_view kBytes = "    0.1eTaf-";
+  std::minstd_rand random(20261123);
+  for (int round = 0; round < 200; ++round) {
+    dbf::Header header;
+    header.numRecords = 3;
+    std::vector<dbf::Field> fields;
+    for (const std::size_t width : kWidths) {
+      dbf::Field& field = fields.emplace_back();
+      field.name = "F" + std::to_string(fields.size());
+      field.type = kTypes[random() % std::size(kTypes)];
+      field.length = static_cast<std::uint32_t>(width);
+      header.recordLength = static_cast<std::uint16_t>(header.recordLength + width);
+    }
+    header.headerLength = static_cast<std::uint16_t>(dbf::kHeaderBytes * (fields.size() + 1) + 1);
+    std::string bytes;
+    dbf::encodeHeader(header, bytes);
+    for (const dbf::Field& field : fields) dbf::encodeField(field, bytes);
+    bytes += dbf::kHeaderEnd;
+    std::string expected;
+    for (std::uint32_t row = 0; row < header.numRecords; ++row) {
+      bytes += ' ';
+      for (const dbf::Field& field : fields) {
+        std::string content(field.length, ' ');
+        for (char& c : content) c = kBytes[random() % kBytes.size()];
+        if (random() % 8 == 0) content[random() % content.size()] = '\0';
+        if (random() % 8 == 0) content.assign(content.size(), ' ');
+        bytes += content;
+        const std::string_view value = dbf::cutAtZero(content);
+        const bool isNumber = field.type == 'N' || field.type == 'F';
+        if (&field != fields.data()) expected += '|';
+        expected += isNumber            ? dbf::numberValue(value)
+                    : field.type == 'L' ? dbf::logicalValue(value)
+                                        : dbf::textValue(value);
+      }
+      expected += '\n';
+    }
+    ASSERT_EQ(read(bytes), expected) << "round " << round;
   }
 }
 
