@@ -89,7 +89,10 @@ class VEXFeature : public VEXObject {
   std::vector<double>& mutableXs() { return xCoord_; }
   std::vector<double>& mutableYs() { return yCoord_; }
   std::vector<double>& mutableZs() { return zCoord_; }
-  void trimCoords();  // capacity cut to what is used when far above it
+  void trimCoords() {  // capacity cut to what is used when far above it
+    if (xCoord_.capacity() > kKeptCapacity || yCoord_.capacity() > kKeptCapacity || zCoord_.capacity() > kKeptCapacity)
+      cutCapacity();
+  }
 
   // ---- to a line and back ----
   // A copy of the coordinates with this feature's geometry code.
@@ -134,12 +137,19 @@ class VEXFeature : public VEXObject {
 
   // ---- whole ----
   void reset(int dimension, std::size_t numCoords);  // as new; buffers are kept
+  // As reset(), but coordinates are there, any number with any values and each axis for itself: for a reader that
+  // overwrites them and sets their number. It spares filling them with zeros first.
+  void resetForFilling(int dimension);
   void cloneFrom(const VEXFeature& source);          // everything
   VEXFeaturePtr clone() const;
   // Parses one function text, runs it on the feature in the destination direction and gives its result.
   static VEXStatus performFunction(std::string_view text, VEXFeaturePtr& feature, std::string& result);
 
  private:
+  static constexpr std::size_t kKeptCapacity = 65536;
+  void resetAllButCoords(int dimension);
+  void cutCapacity();
+
   std::vector<double> xCoord_;
   std::vector<double> yCoord_;
   std::vector<double> zCoord_;

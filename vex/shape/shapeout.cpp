@@ -4,6 +4,7 @@
 
 #include "vex/inc/numtext.h"
 #include "vex/shape/shpgeom.h"
+#include "vex/src/pointrun.h"
 #include "vex/src/vexlog.h"
 
 namespace {
@@ -279,14 +280,16 @@ void walkPart(const ShapePart& part, Visit&& visit) {
 }  // namespace
 
 char* VEXShapeOutput::encodePoints(char* at) const {
-  const double* const xs = parts_.xs();
-  const double* const ys = parts_.ys();
   for (const ShapePart& part : parts_.parts()) {
-    walkPart(part, [&](std::size_t i) {
-      shp::putReal(at, xs[i]);
-      shp::putReal(at + shp::kValueBytes, ys[i]);
-      at += shp::kPointBytes;
-    });
+    const double* const xs = parts_.xs() + part.first;
+    const double* const ys = parts_.ys() + part.first;
+    if (part.isReversed) {
+      if (part.closes) at = pointrun::join(xs, ys, 1, at);
+      at = pointrun::joinReversed(xs, ys, part.count, at);
+    } else {
+      at = pointrun::join(xs, ys, part.count, at);
+      if (part.closes) at = pointrun::join(xs, ys, 1, at);
+    }
   }
   return at;
 }

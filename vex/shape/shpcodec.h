@@ -119,6 +119,7 @@ void encodeHeader(const Header& header, std::array<char, kHeaderBytes>& bytes);
 // The pieces of a record's content; every count has been held against the length.
 struct Record {
   std::int32_t type = 0;
+  Family family = Family::None;
   std::uint32_t numParts = 0;  // of lines and areas
   std::uint32_t numPoints = 0;
   const char* parts = nullptr;

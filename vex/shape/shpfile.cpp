@@ -82,12 +82,36 @@ VEXStatus ShapeFileReader::refuseContent(std::uint64_t offset) const {
 }
 
 VEXStatus ShapeFileReader::next(std::string_view& content, bool& end) {
-  content = {};
   end = false;
+  if (nextUsual(content)) [[likely]]
+    return nullptr;
+  content = {};
   Entry entry;
   VEX_TRY(hasIndex_ ? nextEntry(entry, end) : nextInSequence(entry, end));
   if (end) return nullptr;
   return extendStatus(readRecord(entry, content));
+}
+
+// The record that nearly every one is: its index entry is in memory, it stands right behind the one before, the two
+// lengths agree, and all of it is in memory, too. False, and nothing has changed: anything else.
+bool ShapeFileReader::nextUsual(std::string_view& content) {
+  const std::string_view atHand = shp_.bytesAtHand();
+  if (entries_.size() < shp::kEntryBytes || recordNumber_ >= numEntries_ || atHand.size() < shp::kRecordHeaderBytes)
+    return false;
+  const std::uint32_t words = shp::getBig(entries_.data() + shp::kEntryWords.offset);
+  if (words != shp::getBig(atHand.data() + shp::kRecordWords.offset)) return false;
+  const std::uint64_t offset = 2 * static_cast<std::uint64_t>(shp::getBig(entries_.data() + shp::kEntryOffset.offset));
+  const std::uint64_t total = shp::kRecordHeaderBytes + 2 * static_cast<std::uint64_t>(words);
+  if (offset != lastEnd_ || offset != shp_.offset() || total > atHand.size() || total > kLargestInPlace) return false;
+  if (total > shp_.size() - shp::kHeaderBytes - bytesGiven_ || offset + total > shp_.size()) return false;
+  shp_.skipBytes(static_cast<std::size_t>(total));
+  entries_.remove_prefix(shp::kEntryBytes);
+  ++recordNumber_;
+  bytesGiven_ += total;
+  recordOffset_ = offset;
+  lastEnd_ = offset + total;
+  content = atHand.substr(shp::kRecordHeaderBytes, static_cast<std::size_t>(total) - shp::kRecordHeaderBytes);
+  return true;
 }
 
 VEXStatus ShapeFileReader::nextEntry(Entry& entry, bool& end) {

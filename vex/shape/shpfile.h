@@ -38,6 +38,7 @@ class ShapeFileReader {
     std::uint64_t bytes = 0;  // of the content
   };
   VEXStatus readHeader(VEXInputFile& file, shp::Header& header) const;
+  bool nextUsual(std::string_view& content);
   VEXStatus nextEntry(Entry& entry, bool& end);
   VEXStatus nextInSequence(Entry& entry, bool& end);
   VEXStatus checkOverlap(const Entry& entry);

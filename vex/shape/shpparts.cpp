@@ -1,22 +1,65 @@
 #include "vex/shape/shpparts.h"
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
 #include <cmath>
 
-#include "vex/shape/pointrun.h"
 #include "vex/shape/shpcodec.h"
+#include "vex/src/pointrun.h"
 
 using pointrun::isSame;
 
 namespace {
 
-bool isFiniteRun(const double* values, std::size_t count) {
-  std::uint64_t overflow = 0;
-  for (std::size_t i = 0; i < count; ++i)
-    overflow |= (std::bit_cast<std::uint64_t>(values[i]) & ~(std::uint64_t{1} << 63)) + (std::uint64_t{1} << 52);
-  return overflow >> 63 == 0;
+using pointrun::both;
+using pointrun::Mask;
+using pointrun::Pair;
+using pointrun::pairAt;
+
+// A closed ring of four points or more, see measureRing().
+struct RingMeasures {
+  ShapeExtent box;
+  double sum;    // twice the area, from the first point
+  bool repeats;  // a point equals its successor
+};
+
+// Twice the area of a run of points that begins a ring, added up point by point; `lastDx` gives how far the last point
+// is from the first.
+double sumInOrder(const double* xs, const double* ys, std::size_t count, double& lastDx) {
+  double sum = 0.0;
+  lastDx = 0.0;
+  for (std::size_t i = 1; i < count; ++i) {
+    const double dx = xs[i] - xs[0];
+    sum += (dx + lastDx) * (ys[i] - ys[i - 1]);
+    lastDx = dx;
+  }
+  return sum;
+}
+
+// Two edges at a time, the summands of the area being those of sumInOrder(), but not added in order.
+RingMeasures measureRing(const double* xs, const double* ys, std::size_t count) {
+  const Pair x0 = both(xs[0]);
+  Pair minX = x0, maxX = x0, minY = both(ys[0]), maxY = minY;
+  Pair sum{};
+  Mask same{};
+  const auto summand = [&](Pair x, Pair y, Pair lastX, Pair lastY) {
+    same |= pointrun::equal(x, lastX) & pointrun::equal(y, lastY);
+    minX = pointrun::lesser(x, minX);
+    maxX = pointrun::greater(x, maxX);
+    minY = pointrun::lesser(y, minY);
+    maxY = pointrun::greater(y, maxY);
+    return ((x - x0) + (lastX - x0)) * (y - lastY);
+  };
+  std::size_t i = 1;
+  for (; i + 1 < count; i += 2)
+    sum += summand(pairAt(xs + i), pairAt(ys + i), pairAt(xs + i - 1), pairAt(ys + i - 1));
+  if (i < count) sum[0] += summand(both(xs[i]), both(ys[i]), both(xs[i - 1]), both(ys[i - 1]))[0];
+  ShapeExtent box;
+  for (const int half : {0, 1}) {
+    box.add(minX[half], minY[half]);
+    box.add(maxX[half], maxY[half]);
+  }
+  return {box, sum[0] + sum[1], pointrun::any(same)};
 }
 
 }  // namespace
@@ -30,7 +73,7 @@ void ShapeParts::start(const VEXFeature& feature) {
   extent_ = ShapeExtent();
   isFinite_ = true;
   numPoints_ = 0;
-  hasRepeats_ = hasDropped_ = false;
+  hasRepeats_ = hasDropped_ = hasRoughAreas_ = false;
   parts_.clear();
   areas_.clear();
 }
@@ -61,20 +104,18 @@ void ShapeParts::addExtent(std::size_t first, std::size_t count) {
   ShapeExtent extent = extent_;
   for (std::size_t i = first; i < first + count; ++i) extent.add(x_[i], y_[i]);
   extent_ = extent;
-  isFinite_ = isFinite_ && isFiniteRun(x_ + first, count) && isFiniteRun(y_ + first, count);
+  isFinite_ = isFinite_ && pointrun::areFinite(x_ + first, count) && pointrun::areFinite(y_ + first, count);
 }
 
 void ShapeParts::addLines(std::size_t first, std::size_t count) {
   if (count == 0) return;
   addExtent(first, count);
-  std::size_t start = first;
   const std::size_t end = first + count;
-  for (std::size_t i = start + 1; i < end; ++i) {
-    if (!isSame(x_[i], y_[i], x_[i - 1], y_[i - 1])) continue;
-    push({.first = start, .count = i - start});
-    start = ++i;
+  for (std::size_t start = first; start < end;) {
+    const std::size_t repeat = pointrun::findRepeat(x_, y_, start + 1, end);
+    push({.first = start, .count = repeat - start});
+    start = repeat + 1;
   }
-  if (start < end) push({.first = start, .count = end - start});
 }
 
 void ShapeParts::addPoints(std::size_t first, std::size_t count, bool standTwice) {
@@ -85,83 +126,95 @@ void ShapeParts::addPoints(std::size_t first, std::size_t count, bool standTwice
   }
 }
 
-// One ring in which nothing stands twice, which is what nearly every feature brings.
+// A closed ring of four coordinates or more in which nothing stands twice, which is what nearly every feature brings.
+// Its area keeps the order in which it was added up: the sign is right. A sum in any order is off by count * 2^-53 of
+// all magnitudes at most, and each of the count summands is within twice the box's area, so that two orders differ by
+// no more than count^2 * 2^-51 box areas. What is nearer to zero than that, or not finite, goes the ordered way.
 bool ShapeParts::addPlainRing(std::size_t first, std::size_t count) {
-  const double* const xs = x_ + first;
-  const double* const ys = y_ + first;
-  if (count < 4 || !isSame(xs[0], ys[0], xs[count - 1], ys[count - 1])) return false;
-  double minX = xs[0], maxX = xs[0], minY = ys[0], maxY = ys[0];
-  double sum = 0.0;  // twice the area, from the first point
-  double lastDx = 0.0;
-  for (std::size_t i = 1; i < count; ++i) {
-    const double dx = xs[i] - xs[0];
-    sum += (dx + lastDx) * (ys[i] - ys[i - 1]);
-    lastDx = dx;
-    minX = xs[i] < minX ? xs[i] : minX;
-    maxX = xs[i] > maxX ? xs[i] : maxX;
-    minY = ys[i] < minY ? ys[i] : minY;
-    maxY = ys[i] > maxY ? ys[i] : maxY;
+  const RingMeasures ring = measureRing(x_ + first, y_ + first, count);
+  const ShapeExtent& box = ring.box;
+  const double points = static_cast<double>(count);
+  const double bound = (box.maxX - box.minX) * (box.maxY - box.minY) * (points * points);
+  if (ring.repeats || !(std::fabs(ring.sum) > bound * 0x1p-50)) return false;
+  // Of 0.0 and -0.0 a box keeps the one that came first.
+  if (!(std::fabs(box.minX * box.maxX * box.minY * box.maxY) > 0.0)) [[unlikely]] {
+    for (std::size_t i = first; i < first + count; ++i) extent_.add(x_[i], y_[i]);
+  } else {
+    extent_.add(box);
   }
-  if (!std::isfinite(sum) || !pointrun::hasNoRepeats(xs, ys, count)) return false;
-  extent_.add(minX, minY);
-  extent_.add(maxX, maxY);
   push({.first = first, .count = count});
-  areas_.push_back(sum / 2.0);
+  areas_.push_back(ring.sum / 2.0);
+  hasRoughAreas_ = true;
   return true;
 }
 
-// The loop over the coordinates is the hot one: ring, box, area and repeats come out of it together.
 void ShapeParts::addRings(std::size_t first, std::size_t count) {
-  if (addPlainRing(first, count)) return;
   const std::size_t end = first + count;
-  const double* const xs = x_;
-  const double* const ys = y_;
-  ShapeExtent extent = extent_;
   for (std::size_t start = first; start < end;) {
-    const double x0 = xs[start];
-    const double y0 = ys[start];
-    extent.add(x0, y0);
-    double lastX = x0;
-    double lastY = y0;
-    double lastDx = 0.0;
-    double sum = 0.0;  // twice the area, from the first point
-    bool isClosed = false;
-    bool repeats = false;
-    std::size_t at = start + 1;
-    for (; at < end; ++at) {
-      const double x = xs[at];
-      const double y = ys[at];
-      const double dx = x - x0;
-      sum += (dx + lastDx) * (y - lastY);
-      if (isSame(x, y, x0, y0)) {
-        isClosed = true;
-        break;
-      }
-      if (isSame(x, y, lastX, lastY)) repeats = true;
-      extent.add(x, y);
-      lastX = x;
-      lastY = y;
-      lastDx = dx;
-    }
-    const std::size_t edges = isClosed ? at - start : end - start;
-    if (!std::isfinite(sum)) [[unlikely]]
-      isFinite_ = isFinite_ && isFiniteRun(xs + start, edges) && isFiniteRun(ys + start, edges);
-    if (edges >= 3) {
-      if (!isClosed) sum += lastDx * (y0 - lastY);
-      push({.first = start, .count = isClosed ? edges + 1 : edges, .closes = !isClosed});
-      areas_.push_back(sum / 2.0);
-      hasRepeats_ |= repeats;
-      start = isClosed ? at + 1 : end;
-    } else {
-      // Too few edges: a first coordinate that stands twice, a spike, or an end without a ring.
-      hasDropped_ |= !isClosed || edges == 2;
-      start = !isClosed ? end : edges == 1 ? at : at + 1;
-    }
+    const std::size_t closing = pointrun::findSame(x_, y_, start + 1, end, x_[start], y_[start]);
+    if (closing < end && closing - start >= 3 && addPlainRing(start, closing + 1 - start)) [[likely]]
+      start = closing + 1;
+    else
+      start = addAnyRing(start, end);
   }
-  extent_ = extent;
+}
+
+// Ring, box, area and repeats come out of one loop. Gives where the next ring begins.
+std::size_t ShapeParts::addAnyRing(std::size_t start, std::size_t end) {
+  const double x0 = x_[start];
+  const double y0 = y_[start];
+  extent_.add(x0, y0);
+  double lastX = x0;
+  double lastY = y0;
+  double lastDx = 0.0;
+  double sum = 0.0;  // twice the area, from the first point
+  bool isClosed = false;
+  bool repeats = false;
+  std::size_t at = start + 1;
+  for (; at < end; ++at) {
+    const double x = x_[at];
+    const double y = y_[at];
+    const double dx = x - x0;
+    sum += (dx + lastDx) * (y - lastY);
+    if (isSame(x, y, x0, y0)) {
+      isClosed = true;
+      break;
+    }
+    if (isSame(x, y, lastX, lastY)) repeats = true;
+    extent_.add(x, y);
+    lastX = x;
+    lastY = y;
+    lastDx = dx;
+  }
+  const std::size_t edges = isClosed ? at - start : end - start;
+  if (!std::isfinite(sum)) [[unlikely]]
+    isFinite_ = isFinite_ && pointrun::areFinite(x_ + start, edges) && pointrun::areFinite(y_ + start, edges);
+  if (edges < 3) {
+    // Too few edges: a first coordinate that stands twice, a spike, or an end without a ring.
+    hasDropped_ |= !isClosed || edges == 2;
+    return !isClosed ? end : edges == 1 ? at : at + 1;
+  }
+  if (!isClosed) sum += lastDx * (y0 - lastY);
+  push({.first = start, .count = isClosed ? edges + 1 : edges, .closes = !isClosed});
+  areas_.push_back(sum / 2.0);
+  hasRepeats_ |= repeats;
+  return isClosed ? at + 1 : end;
+}
+
+// Of several rings the areas are compared: there they are to the last bit what adding in order gives.
+void ShapeParts::settleAreas() {
+  for (std::size_t i = 0; i < parts_.size(); ++i) {
+    const ShapePart& part = parts_[i];
+    const double* const ys = y_ + part.first;
+    double lastDx = 0.0;
+    double sum = sumInOrder(x_ + part.first, ys, part.count, lastDx);
+    if (part.closes) sum += lastDx * (ys[0] - ys[part.count - 1]);
+    areas_[i] = sum / 2.0;
+  }
 }
 
 bool ShapeParts::settleRings() {
+  if (hasRoughAreas_ && parts_.size() > 1) settleAreas();
   if (hasRepeats_) dropRepeats();
   if (hasDropped_) {
     extent_ = ShapeExtent();

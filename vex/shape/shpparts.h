@@ -76,6 +76,8 @@ class ShapeParts {
  private:
   void addExtent(std::size_t first, std::size_t count);
   bool addPlainRing(std::size_t first, std::size_t count);  // false: not as plain as that
+  std::size_t addAnyRing(std::size_t start, std::size_t end);
+  void settleAreas();
   void push(const ShapePart& part) {
     parts_.push_back(part);
     numPoints_ += part.numPoints();
@@ -93,6 +95,7 @@ class ShapeParts {
   std::size_t numPoints_ = 0;
   bool hasRepeats_ = false;  // in a ring
   bool hasDropped_ = false;  // a ring: the box may be too large
+  bool hasRoughAreas_ = false;  // some were not added up in order
   std::vector<ShapePart> parts_;
   std::vector<double> areas_;  // of the parts that are rings
   std::vector<ShapeRing> rings_;

@@ -1,6 +1,7 @@
 #include "vex/inc/vexfeat.h"
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
 
 #include "vex/inc/vexassert.h"
@@ -12,9 +13,9 @@ namespace {
 
 struct GeometryName {
   std::uint32_t code;
-  const char* name;
+  std::string_view name;
 };
-constexpr GeometryName kGeometryNames[] = {
+constexpr GeometryName kGeometryNames[] = {  // the code of row i > 0 is 1 << (i - 1)
     {VEX_GEOM_UNDEFINED, "orv_undefined"},
     {VEX_GEOM_POINT, "orv_point"},
     {VEX_GEOM_LINE, "orv_line"},
@@ -29,16 +30,16 @@ constexpr GeometryName kGeometryNames[] = {
 };
 
 const GeometryName* findGeometry(std::uint32_t code) {
-  for (const GeometryName& row : kGeometryNames)
-    if (row.code == code) return &row;
-  return nullptr;
+  if (code == VEX_GEOM_UNDEFINED) return &kGeometryNames[0];
+  if (!std::has_single_bit(code) || code > VEX_GEOM_AGGREGATE) return nullptr;
+  return &kGeometryNames[std::countr_zero(code) + 1];
 }
 
 // Cuts a capacity that is far above its use. A capacity within a small factor stays: a recycled feature grows
 // into it again without allocating.
-void trim(std::vector<double>& coords) {
-  constexpr std::size_t kKept = 65536;
-  if (coords.capacity() > kKept && coords.capacity() / 4 > coords.size()) coords.shrink_to_fit();
+void trim(std::vector<double>& coords, std::size_t kept) {
+  if (coords.capacity() <= kept) return;
+  if (coords.capacity() / 4 > coords.size()) coords.shrink_to_fit();
 }
 
 }  // namespace
@@ -73,7 +74,7 @@ bool VEXFeature::isKnownGeomType(std::uint32_t code) {
 
 const char* VEXFeature::geomTypeName(std::uint32_t code) {
   const GeometryName* row = findGeometry(code);
-  return row != nullptr ? row->name : kGeometryNames[0].name;
+  return row != nullptr ? row->name.data() : kGeometryNames[0].name.data();
 }
 
 void VEXFeature::setDimension(int dimension) {
@@ -103,10 +104,10 @@ void VEXFeature::resetCoords() {
   std::fill(std::begin(missing_), std::end(missing_), 0);
 }
 
-void VEXFeature::trimCoords() {
-  trim(xCoord_);
-  trim(yCoord_);
-  trim(zCoord_);
+void VEXFeature::cutCapacity() {
+  trim(xCoord_, kKeptCapacity);
+  trim(yCoord_, kKeptCapacity);
+  trim(zCoord_, kKeptCapacity);
 }
 
 VEXLine VEXFeature::buildLine() const {
@@ -149,13 +150,23 @@ VEXStatus VEXFeature::setLine(VEXLine&& line) {
 }
 
 void VEXFeature::reset(int dimension, std::size_t numCoords) {
+  resetAllButCoords(dimension);
+  resetCoords();
+  if (numCoords > 0) reserveCoords(numCoords);
+}
+
+void VEXFeature::resetForFilling(int dimension) {
+  resetAllButCoords(dimension);
+  std::fill(std::begin(missing_), std::end(missing_), 0);
+  if (dimension_ == 2) zCoord_.clear();
+}
+
+void VEXFeature::resetAllButCoords(int dimension) {
   resetAttributes();
   coordSys_.clear();
-  reprojectionCommands_.clear();
+  if (!reprojectionCommands_.empty()) reprojectionCommands_.clear();
   geomType_ = VEX_GEOM_UNDEFINED;
   dimension_ = dimension == 2 ? 2 : 3;
-  resetCoords();
-  reserveCoords(numCoords);
 }
 
 void VEXFeature::cloneFrom(const VEXFeature& source) {

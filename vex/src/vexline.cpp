@@ -6,6 +6,7 @@
 
 #include "vex/inc/numtext.h"
 #include "vex/inc/vexassert.h"
+#include "vex/src/pointrun.h"
 
 namespace {
 
@@ -294,10 +295,11 @@ VEXStatus VEXLine::partList(std::vector<std::size_t>& starts) {
 
 // A ring ends at the first later coordinate equal to its first; one that repeats the first at once is no end.
 VEXLineRange VEXLine::ringAt(std::size_t start, std::size_t end) const {
-  auto isFirst = [&](std::size_t at) { return xCoord_[at] == xCoord_[start] && yCoord_[at] == yCoord_[start]; };
+  const double x = xCoord_[start];
+  const double y = yCoord_[start];
   std::size_t at = start + 1;
-  while (at < end && isFirst(at)) ++at;
-  while (at < end && !isFirst(at)) ++at;
+  while (at < end && pointrun::isSame(xCoord_[at], yCoord_[at], x, y)) ++at;
+  at = pointrun::findSame(xCoord_, yCoord_, at, end, x, y);
   return VEXLineRange{start, std::min(at + 1, end) - start, VEX_GEOM_POLYGON};
 }
 
