@@ -75,6 +75,12 @@ class VEXFeature : public VEXObject {
   std::size_t numCoords() const { return xCoord_.size(); }
   void addCoord(double x, double y, double z = 0.0);  // z is kept only in a feature of dimension 3
   void reserveCoords(std::size_t count);
+  // Cuts the coordinates at the end, or adds some at zero.
+  void setNumCoords(std::size_t count) {
+    resize(xCoord_, count);
+    resize(yCoord_, count);
+    if (dimension_ == 3) resize(zCoord_, count);
+  }
   // Appends one ordinate (axis 0 x, 1 y, 2 z) to its sequence. Ordinates of the other axes that have not been given
   // yet are 0, and take the next ones that are; a z makes the feature 3D.
   void appendOrdinate(int axis, double value);
@@ -147,6 +153,12 @@ class VEXFeature : public VEXObject {
 
  private:
   static constexpr std::size_t kKeptCapacity = 65536;
+  static void resize(std::vector<double>& coords, std::size_t count) {
+    if (count > coords.size())
+      coords.resize(count);
+    else
+      coords.erase(coords.begin() + static_cast<std::ptrdiff_t>(count), coords.end());
+  }
   void resetAllButCoords(int dimension);
   void cutCapacity();
 

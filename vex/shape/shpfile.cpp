@@ -110,7 +110,8 @@ bool ShapeFileReader::nextUsual(std::string_view& content) {
   bytesGiven_ += total;
   recordOffset_ = offset;
   lastEnd_ = offset + total;
-  content = atHand.substr(shp::kRecordHeaderBytes, static_cast<std::size_t>(total) - shp::kRecordHeaderBytes);
+  content = std::string_view(atHand.data() + shp::kRecordHeaderBytes,
+                             static_cast<std::size_t>(total) - shp::kRecordHeaderBytes);
   return true;
 }
 
@@ -228,14 +229,14 @@ VEXStatus ShapeFileWriter::startRecord(std::uint64_t contentBytes, char*& conten
   isLarge_ = total > kLargestSpace;
   if (isLarge_) large_.resize(total);
   char* const record = isLarge_ ? large_.data() : shp_.appendSpace(total);
-  char entry[shp::kEntryBytes];
   if (record == nullptr) [[unlikely]]
     return makeStatus(204015, {shp_.path(), shp_.errorText()});
+  char* const entry = shx_.appendSpace(shp::kEntryBytes);
+  if (entry == nullptr) [[unlikely]]
+    return makeStatus(204017, {shx_.path(), shx_.errorText()});
   const auto words = static_cast<std::uint32_t>(contentBytes / 2);
   shp::putBig(entry + shp::kEntryOffset.offset, static_cast<std::uint32_t>(offset / 2));
   shp::putBig(entry + shp::kEntryWords.offset, words);
-  if (!shx_.append(std::string_view(entry, sizeof entry))) [[unlikely]]
-    return makeStatus(204017, {shx_.path(), shx_.errorText()});
   ++numRecords_;
   shp::putBig(record + shp::kRecordNumber.offset, static_cast<std::uint32_t>(numRecords_));
   shp::putBig(record + shp::kRecordWords.offset, words);

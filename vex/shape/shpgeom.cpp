@@ -10,6 +10,17 @@ using pointrun::isSame;
 
 namespace {
 
+constexpr std::size_t kFewestRingPoints = 4;  // three edges
+
+// Of points that were spread: numbers of which none repeats another; a ring is closed.
+template <bool kIsRing>
+bool isPlain(const pointrun::Seen& seen, const double* x, const double* y, std::size_t count) {
+  if (!seen.isFinite || (kIsRing && !isSame(x[0], y[0], x[count - 1], y[count - 1]))) return false;
+  if (!seen.mayRepeat) return true;
+  return pointrun::findRepeat(x, y, 1, count) == count &&
+         !(kIsRing && pointrun::findSame(x, y, 1, count - 1, x[0], y[0]) < count - 1);
+}
+
 bool isMeasure(double value) {
   return value >= shp::kLeastMeasure;
 }
@@ -33,7 +44,6 @@ int ShapeDecoder::dimensionOf(const shp::Record& record) {
 }
 
 void ShapeDecoder::start(VEXFeature& feature) {
-  skippedRings_.clear();
   parts_.clear();
   feature_ = &feature;
   at_ = 0;
@@ -49,7 +59,22 @@ void ShapeDecoder::start(VEXFeature& feature) {
   if (hasMeasures_) measures_.resize(std::max(measures_.size(), size_));
 }
 
+// Nearly every area: one ring without z and measures, nothing to drop, to add or to close. False: anything else.
+bool ShapeDecoder::takeSingleRing(const shp::Record& record, VEXFeature& feature) {
+  const std::size_t count = record.numPoints;
+  if (record.numParts != 1 || shp::getLittle(record.parts) != 0 || count < kFewestRingPoints) return false;
+  feature.setNumCoords(count);
+  double* const x = feature.mutableXs().data();
+  double* const y = feature.mutableYs().data();
+  if (!isPlain<true>(pointrun::spread<true>(record.points, count, x, y), x, y, count)) return false;
+  feature.setGeomType(VEX_GEOM_POLYGON);
+  return true;
+}
+
 bool ShapeDecoder::decode(const shp::Record& record, VEXFeature& feature) {
+  skippedRings_.clear();
+  if (record.family == shp::Family::Area && feature.dimension() == 2 && takeSingleRing(record, feature)) [[likely]]
+    return true;
   hasThird_ = feature.dimension() == 3;
   hasMeasures_ = record.zs != nullptr && anyMeasure(record);
   start(feature);
@@ -75,12 +100,7 @@ bool ShapeDecoder::decode(const shp::Record& record, VEXFeature& feature) {
   }
   if (!isFinite) [[unlikely]]
     return false;
-  const auto setCount = [this](std::vector<double>& values) {
-    if (values.size() != at_) values.resize(at_);
-  };
-  setCount(feature.mutableXs());
-  setCount(feature.mutableYs());
-  if (hasThird_) setCount(feature.mutableZs());
+  feature.setNumCoords(at_);
   if (at_ == 0) return true;
   constexpr std::uint32_t kCodes[] = {VEX_GEOM_UNDEFINED, VEX_GEOM_POINT,       VEX_GEOM_LINE,
                                       VEX_GEOM_POLYGON,   VEX_GEOM_MULTI_POINT, VEX_GEOM_UNDEFINED};
@@ -95,7 +115,7 @@ bool ShapeDecoder::decode(const shp::Record& record, VEXFeature& feature) {
 }
 
 void ShapeDecoder::grow(std::size_t count) {
-  size_ = std::max(count, size_ + size_ / 2);
+  size_ = at_ == 0 ? count : std::max(count, size_ + size_ / 2);
   feature_->mutableXs().resize(size_);
   feature_->mutableYs().resize(size_);
   x_ = feature_->mutableXs().data();
@@ -175,7 +195,7 @@ bool ShapeDecoder::takePart(const Source& from, std::size_t count) {
 // Nearly every part: nothing to drop, to add or to close. False: another kind of part, of which nothing was taken.
 template <bool kIsRing>
 bool ShapeDecoder::takePlainPart(const Source& from, std::size_t count, std::size_t start, bool& isFinite) {
-  constexpr std::size_t kFewest = kIsRing ? 4 : 2;
+  constexpr std::size_t kFewest = kIsRing ? kFewestRingPoints : 2;
   if (count < kFewest || count > size_ - start) [[unlikely]] {
     isFinite = pointrun::areFinite(from.points, 2 * count);
     return false;
@@ -184,12 +204,7 @@ bool ShapeDecoder::takePlainPart(const Source& from, std::size_t count, std::siz
   double* const y = y_ + start;
   const pointrun::Seen seen = pointrun::spread<kIsRing>(from.points, count, x, y);
   isFinite = seen.isFinite;
-  if (!isFinite) return false;
-  if (seen.mayRepeat) {
-    if (pointrun::findRepeat(x, y, 1, count) < count) return false;
-    if (kIsRing && pointrun::findSame(x, y, 1, count - 1, x[0], y[0]) < count - 1) return false;
-  }
-  if (kIsRing && !isSame(x[0], y[0], x[count - 1], y[count - 1])) return false;
+  if (!isPlain<kIsRing>(seen, x, y, count)) return false;
   if (hasThird_) std::memcpy(z_ + start, from.third, shp::kValueBytes * count);
   if (hasMeasures_) std::memcpy(measures_.data() + start, from.measures, shp::kValueBytes * count);
   if (makesAggregates_) parts_.push_back({.first = start, .count = count});

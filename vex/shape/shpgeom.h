@@ -33,6 +33,7 @@ class ShapeDecoder {
     const char* measures;
   };
   void start(VEXFeature& feature);
+  bool takeSingleRing(const shp::Record& record, VEXFeature& feature);
   bool decodePoint(const Source& from);
   bool decodePoints(const Source& from, std::size_t count);
   // False: a coordinate is infinite or no number.

@@ -16,11 +16,11 @@ using pointrun::Mask;
 using pointrun::Pair;
 using pointrun::pairAt;
 
-// A closed ring of four points or more, see measureRing().
+// What measureRing() gives of a closed ring; of a box at zero the sign is open, and there is none without numbers.
 struct RingMeasures {
   ShapeExtent box;
-  double sum;    // twice the area, from the first point
-  bool repeats;  // a point equals its successor
+  double sum;      // twice the area, from the first point
+  bool mayRepeat;  // a point has the x of its successor
 };
 
 // Twice the area of a run of points that begins a ring, added up point by point; `lastDx` gives how far the last point
@@ -43,22 +43,19 @@ RingMeasures measureRing(const double* xs, const double* ys, std::size_t count) 
   Pair sum{};
   Mask same{};
   const auto summand = [&](Pair x, Pair y, Pair lastX, Pair lastY) {
-    same |= pointrun::equal(x, lastX) & pointrun::equal(y, lastY);
-    minX = pointrun::lesser(x, minX);
-    maxX = pointrun::greater(x, maxX);
-    minY = pointrun::lesser(y, minY);
-    maxY = pointrun::greater(y, maxY);
+    same |= pointrun::equal(x, lastX);
+    minX = pointrun::lesser(minX, x);
+    maxX = pointrun::greater(maxX, x);
+    minY = pointrun::lesser(minY, y);
+    maxY = pointrun::greater(maxY, y);
     return ((x - x0) + (lastX - x0)) * (y - lastY);
   };
   std::size_t i = 1;
   for (; i + 1 < count; i += 2)
     sum += summand(pairAt(xs + i), pairAt(ys + i), pairAt(xs + i - 1), pairAt(ys + i - 1));
   if (i < count) sum[0] += summand(both(xs[i]), both(ys[i]), both(xs[i - 1]), both(ys[i - 1]))[0];
-  ShapeExtent box;
-  for (const int half : {0, 1}) {
-    box.add(minX[half], minY[half]);
-    box.add(maxX[half], maxY[half]);
-  }
+  const ShapeExtent box{std::min(minX[0], minX[1]), std::min(minY[0], minY[1]), std::max(maxX[0], maxX[1]),
+                        std::max(maxY[0], maxY[1])};
   return {box, sum[0] + sum[1], pointrun::any(same)};
 }
 
@@ -75,7 +72,6 @@ void ShapeParts::start(const VEXFeature& feature) {
   numPoints_ = 0;
   hasRepeats_ = hasDropped_ = hasRoughAreas_ = false;
   parts_.clear();
-  areas_.clear();
 }
 
 bool ShapeParts::loadMeasures(std::string_view text) {
@@ -135,15 +131,15 @@ bool ShapeParts::addPlainRing(std::size_t first, std::size_t count) {
   const ShapeExtent& box = ring.box;
   const double points = static_cast<double>(count);
   const double bound = (box.maxX - box.minX) * (box.maxY - box.minY) * (points * points);
-  if (ring.repeats || !(std::fabs(ring.sum) > bound * 0x1p-50)) return false;
+  if (!(std::fabs(ring.sum) > bound * 0x1p-50)) return false;
+  if (ring.mayRepeat && pointrun::findRepeat(x_, y_, first + 1, first + count) < first + count) return false;
   // Of 0.0 and -0.0 a box keeps the one that came first.
   if (!(std::fabs(box.minX * box.maxX * box.minY * box.maxY) > 0.0)) [[unlikely]] {
     for (std::size_t i = first; i < first + count; ++i) extent_.add(x_[i], y_[i]);
   } else {
     extent_.add(box);
   }
-  push({.first = first, .count = count});
-  areas_.push_back(ring.sum / 2.0);
+  push({.first = first, .count = count, .area = ring.sum / 2.0});
   hasRoughAreas_ = true;
   return true;
 }
@@ -195,21 +191,19 @@ std::size_t ShapeParts::addAnyRing(std::size_t start, std::size_t end) {
     return !isClosed ? end : edges == 1 ? at : at + 1;
   }
   if (!isClosed) sum += lastDx * (y0 - lastY);
-  push({.first = start, .count = isClosed ? edges + 1 : edges, .closes = !isClosed});
-  areas_.push_back(sum / 2.0);
+  push({.first = start, .count = isClosed ? edges + 1 : edges, .area = sum / 2.0, .closes = !isClosed});
   hasRepeats_ |= repeats;
   return isClosed ? at + 1 : end;
 }
 
 // Of several rings the areas are compared: there they are to the last bit what adding in order gives.
 void ShapeParts::settleAreas() {
-  for (std::size_t i = 0; i < parts_.size(); ++i) {
-    const ShapePart& part = parts_[i];
+  for (ShapePart& part : parts_) {
     const double* const ys = y_ + part.first;
     double lastDx = 0.0;
     double sum = sumInOrder(x_ + part.first, ys, part.count, lastDx);
     if (part.closes) sum += lastDx * (ys[0] - ys[part.count - 1]);
-    areas_[i] = sum / 2.0;
+    part.area = sum / 2.0;
   }
 }
 
@@ -221,12 +215,12 @@ bool ShapeParts::settleRings() {
     for (const ShapePart& part : parts_) addExtent(part.first, part.count);
   }
   if (parts_.size() == 1) [[likely]] {
-    parts_[0].isReversed = areas_[0] > 0.0;
+    parts_[0].isReversed = parts_[0].area > 0.0;
     return true;
   }
   rings_.clear();
-  for (std::size_t i = 0; i < parts_.size(); ++i)
-    rings_.push_back({.first = parts_[i].first, .count = parts_[i].count, .area = areas_[i]});
+  for (const ShapePart& part : parts_)
+    rings_.push_back({.first = part.first, .count = part.count, .area = part.area});
   if (!ringOrder_.order({x_, numCoords_}, {y_, numCoords_}, rings_)) return false;
   for (std::size_t i = 0; i < parts_.size(); ++i)
     parts_[i].isReversed = rings_[i].isHole() ? rings_[i].area < 0.0 : rings_[i].area > 0.0;
@@ -257,10 +251,8 @@ void ShapeParts::copyCoordinates(std::size_t extra) {
 void ShapeParts::dropRepeats() {
   copyCoordinates(0);
   std::vector<ShapePart> kept;
-  std::vector<double> keptAreas;
   numPoints_ = 0;
-  for (std::size_t p = 0; p < parts_.size(); ++p) {
-    ShapePart part = parts_[p];
+  for (ShapePart part : parts_) {
     std::size_t used = part.first;
     for (std::size_t i = part.first + 1; i < part.first + part.count; ++i) {
       if (copyX_[i] == copyX_[used] && copyY_[i] == copyY_[used]) continue;
@@ -274,11 +266,9 @@ void ShapeParts::dropRepeats() {
     hasDropped_ |= part.numPoints() < 4;
     if (part.numPoints() < 4) continue;
     kept.push_back(part);
-    keptAreas.push_back(areas_[p]);
     numPoints_ += part.numPoints();
   }
   parts_ = std::move(kept);
-  areas_ = std::move(keptAreas);
 }
 
 bool ShapeParts::insertMidpointBefore(std::size_t secondPartIndex) {

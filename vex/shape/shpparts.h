@@ -16,6 +16,7 @@
 struct ShapePart {
   std::size_t first = 0;
   std::size_t count = 0;  // coordinates of the source
+  double area = 0.0;      // of a ring: positive when it runs counter-clockwise
   bool closes = false;    // the first one is written again behind the last
   bool isReversed = false;
 
@@ -36,8 +37,10 @@ struct ShapeExtent {
     maxY = y > maxY ? y : maxY;
   }
   void add(const ShapeExtent& other) {
-    add(other.minX, other.minY);
-    add(other.maxX, other.maxY);
+    minX = other.minX < minX ? other.minX : minX;
+    minY = other.minY < minY ? other.minY : minY;
+    maxX = other.maxX > maxX ? other.maxX : maxX;
+    maxY = other.maxY > maxY ? other.maxY : maxY;
   }
   bool isEmpty() const { return !(minX <= maxX); }
 };
@@ -97,7 +100,6 @@ class ShapeParts {
   bool hasDropped_ = false;  // a ring: the box may be too large
   bool hasRoughAreas_ = false;  // some were not added up in order
   std::vector<ShapePart> parts_;
-  std::vector<double> areas_;  // of the parts that are rings
   std::vector<ShapeRing> rings_;
   ShapeRingOrder ringOrder_;
   std::vector<double> measures_;

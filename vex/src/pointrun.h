@@ -3,6 +3,7 @@
 // as point by point.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -55,12 +56,12 @@ inline bool any(Mask mask) {
   return (mask[0] | mask[1]) != 0;
 }
 #endif
-// Of equal values the ones that were there, as in `value < least ? value : least`.
-inline Pair lesser(Pair values, Pair least) {
-  return values < least ? values : least;
+// Of 0.0 and -0.0 the second; the second, too, when either is no number.
+inline Pair lesser(Pair one, Pair other) {
+  return one < other ? one : other;
 }
-inline Pair greater(Pair values, Pair most) {
-  return values > most ? values : most;
+inline Pair greater(Pair one, Pair other) {
+  return one > other ? one : other;
 }
 // No bit is set unless a value is infinite or no number: any other less itself is 0.
 inline Mask strangeness(Pair values) {
@@ -89,14 +90,11 @@ inline bool areFinite(const double* values, std::size_t count) {
 // The first point of those from `from` on that equals (px, py); `end` when there is none. `from` is at most `end`.
 inline std::size_t findSame(const double* x, const double* y, std::size_t from, std::size_t end, double px, double py) {
   const Pair wanted = both(px);
-  for (; end - from >= 4; from += 4) {
-    if (!any(equal(pairAt(x + from), wanted) | equal(pairAt(x + from + 2), wanted))) [[likely]]
-      continue;
-    for (std::size_t i = from; i < from + 4; ++i)
-      if (isSame(x[i], y[i], px, py)) return i;
+  while (from < end) {
+    while (from + 4 <= end && !any(equal(pairAt(x + from), wanted) | equal(pairAt(x + from + 2), wanted))) from += 4;
+    for (const std::size_t stop = std::min(from + 4, end); from < stop; ++from)
+      if (isSame(x[from], y[from], px, py)) return from;
   }
-  for (; from < end; ++from)
-    if (isSame(x[from], y[from], px, py)) return from;
   return end;
 }
 

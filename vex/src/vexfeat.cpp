@@ -11,6 +11,8 @@
 
 namespace {
 
+const VEXName kGeometry = VEXName::intern("orv_geometry");
+
 struct GeometryName {
   std::uint32_t code;
   std::string_view name;
@@ -56,7 +58,6 @@ VEXFeature::VEXFeature(int dimension, std::size_t numCoords) : dimension_(dimens
 }
 
 void VEXFeature::setGeomType(std::uint32_t code) {
-  static const VEXName kGeometry = VEXName::intern("orv_geometry");
   const GeometryName* known = findGeometry(code);
   const GeometryName& row = known != nullptr ? *known : kGeometryNames[0];
   geomType_ = known != nullptr ? code : static_cast<std::uint32_t>(VEX_GEOM_UNDEFINED);
