@@ -221,32 +221,45 @@ VEXStatus ShapeFileWriter::open(const std::string& basePath, std::int32_t type) 
   return nullptr;
 }
 
-VEXStatus ShapeFileWriter::startRecord(std::uint64_t contentBytes, char*& content) {
+// The record that nearly every one is: both files have room for it in memory. Null: look closer.
+char* ShapeFileWriter::startUsual(std::uint64_t contentBytes) {
   const std::uint64_t offset = shp_.offset();
-  if (contentBytes > longestFile_ || offset + shp::kRecordHeaderBytes + contentBytes > longestFile_) [[unlikely]]
+  const std::uint64_t total = shp::kRecordHeaderBytes + contentBytes;
+  if (contentBytes > kLargestSpace || total > shp_.spaceAtHand() || shx_.spaceAtHand() < shp::kEntryBytes ||
+      offset + total > longestFile_)
+    return nullptr;
+  isLarge_ = false;
+  char* const record = shp_.appendSpace(static_cast<std::size_t>(total));
+  return putHeads(record, shx_.appendSpace(shp::kEntryBytes), offset, contentBytes);
+}
+
+VEXStatus ShapeFileWriter::startAny(std::uint64_t contentBytes, char*& content) {
+  const std::uint64_t offset = shp_.offset();
+  if (contentBytes > longestFile_ || offset + shp::kRecordHeaderBytes + contentBytes > longestFile_)
     return makeStatus(204021, {shp_.path(), numberText(numRecords_), numberText(longestFile_)});
   const std::size_t total = shp::kRecordHeaderBytes + static_cast<std::size_t>(contentBytes);
   isLarge_ = total > kLargestSpace;
   if (isLarge_) large_.resize(total);
   char* const record = isLarge_ ? large_.data() : shp_.appendSpace(total);
-  if (record == nullptr) [[unlikely]]
-    return makeStatus(204015, {shp_.path(), shp_.errorText()});
+  if (record == nullptr) return makeStatus(204015, {shp_.path(), shp_.errorText()});
   char* const entry = shx_.appendSpace(shp::kEntryBytes);
-  if (entry == nullptr) [[unlikely]]
-    return makeStatus(204017, {shx_.path(), shx_.errorText()});
+  if (entry == nullptr) return makeStatus(204017, {shx_.path(), shx_.errorText()});
+  content = putHeads(record, entry, offset, contentBytes);
+  return nullptr;
+}
+
+// Gives the place behind the record's head.
+char* ShapeFileWriter::putHeads(char* record, char* entry, std::uint64_t offset, std::uint64_t contentBytes) {
   const auto words = static_cast<std::uint32_t>(contentBytes / 2);
   shp::putBig(entry + shp::kEntryOffset.offset, static_cast<std::uint32_t>(offset / 2));
   shp::putBig(entry + shp::kEntryWords.offset, words);
   ++numRecords_;
   shp::putBig(record + shp::kRecordNumber.offset, static_cast<std::uint32_t>(numRecords_));
   shp::putBig(record + shp::kRecordWords.offset, words);
-  content = record + shp::kRecordHeaderBytes;
-  return nullptr;
+  return record + shp::kRecordHeaderBytes;
 }
 
-VEXStatus ShapeFileWriter::endRecord() {
-  if (!isLarge_) [[likely]]
-    return nullptr;
+VEXStatus ShapeFileWriter::writeLarge() {
   const bool isWritten = shp_.append(large_);
   large_ = std::string();
   if (!isWritten) return makeStatus(204016, {shp_.path(), shp_.errorText()});

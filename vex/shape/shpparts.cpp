@@ -16,13 +16,6 @@ using pointrun::Mask;
 using pointrun::Pair;
 using pointrun::pairAt;
 
-// What measureRing() gives of a closed ring; of a box at zero the sign is open, and there is none without numbers.
-struct RingMeasures {
-  ShapeExtent box;
-  double sum;      // twice the area, from the first point
-  bool mayRepeat;  // a point has the x of its successor
-};
-
 // Twice the area of a run of points that begins a ring, added up point by point; `lastDx` gives how far the last point
 // is from the first.
 double sumInOrder(const double* xs, const double* ys, std::size_t count, double& lastDx) {
@@ -36,11 +29,16 @@ double sumInOrder(const double* xs, const double* ys, std::size_t count, double&
   return sum;
 }
 
-// Two edges at a time, the summands of the area being those of sumInOrder(), but not added in order.
-RingMeasures measureRing(const double* xs, const double* ys, std::size_t count) {
+}  // namespace
+
+// The summands are those of sumInOrder(), two at a time, but not added in order. A sum in any order is off by
+// count * 2^-53 of all magnitudes at most, and each of the count summands is within twice the box's area, so that two
+// orders differ by no more than count^2 * 2^-51 box areas. What is nearer to zero than that, or not finite, is not
+// plain: any coordinate that is no finite number makes the sum none.
+bool measurePlainRing(const double* xs, const double* ys, std::size_t count, PlainRing& ring) {
   const Pair x0 = both(xs[0]);
   Pair minX = x0, maxX = x0, minY = both(ys[0]), maxY = minY;
-  Pair sum{};
+  Pair sums{};
   Mask same{};
   const auto summand = [&](Pair x, Pair y, Pair lastX, Pair lastY) {
     same |= pointrun::equal(x, lastX);
@@ -52,14 +50,23 @@ RingMeasures measureRing(const double* xs, const double* ys, std::size_t count) 
   };
   std::size_t i = 1;
   for (; i + 1 < count; i += 2)
-    sum += summand(pairAt(xs + i), pairAt(ys + i), pairAt(xs + i - 1), pairAt(ys + i - 1));
-  if (i < count) sum[0] += summand(both(xs[i]), both(ys[i]), both(xs[i - 1]), both(ys[i - 1]))[0];
-  const ShapeExtent box{std::min(minX[0], minX[1]), std::min(minY[0], minY[1]), std::max(maxX[0], maxX[1]),
-                        std::max(maxY[0], maxY[1])};
-  return {box, sum[0] + sum[1], pointrun::any(same)};
+    sums += summand(pairAt(xs + i), pairAt(ys + i), pairAt(xs + i - 1), pairAt(ys + i - 1));
+  if (i < count) sums[0] += summand(both(xs[i]), both(ys[i]), both(xs[i - 1]), both(ys[i - 1]))[0];
+  ShapeExtent box{std::min(minX[0], minX[1]), std::min(minY[0], minY[1]), std::max(maxX[0], maxX[1]),
+                  std::max(maxY[0], maxY[1])};
+  const double sum = sums[0] + sums[1];
+  const double points = static_cast<double>(count);
+  const double bound = (box.maxX - box.minX) * (box.maxY - box.minY) * (points * points);
+  if (!(std::fabs(sum) > bound * 0x1p-50)) return false;
+  if (pointrun::any(same) && pointrun::findRepeat(xs, ys, 1, count) < count) return false;
+  // Of 0.0 and -0.0 a box keeps the one that came first.
+  if (!(std::fabs(box.minX * box.maxX * box.minY * box.maxY) > 0.0)) [[unlikely]] {
+    box = ShapeExtent();
+    for (i = 0; i < count; ++i) box.add(xs[i], ys[i]);
+  }
+  ring = {box, sum / 2.0};
+  return true;
 }
-
-}  // namespace
 
 void ShapeParts::start(const VEXFeature& feature) {
   x_ = feature.xs().data();
@@ -122,24 +129,11 @@ void ShapeParts::addPoints(std::size_t first, std::size_t count, bool standTwice
   }
 }
 
-// A closed ring of four coordinates or more in which nothing stands twice, which is what nearly every feature brings.
-// Its area keeps the order in which it was added up: the sign is right. A sum in any order is off by count * 2^-53 of
-// all magnitudes at most, and each of the count summands is within twice the box's area, so that two orders differ by
-// no more than count^2 * 2^-51 box areas. What is nearer to zero than that, or not finite, goes the ordered way.
 bool ShapeParts::addPlainRing(std::size_t first, std::size_t count) {
-  const RingMeasures ring = measureRing(x_ + first, y_ + first, count);
-  const ShapeExtent& box = ring.box;
-  const double points = static_cast<double>(count);
-  const double bound = (box.maxX - box.minX) * (box.maxY - box.minY) * (points * points);
-  if (!(std::fabs(ring.sum) > bound * 0x1p-50)) return false;
-  if (ring.mayRepeat && pointrun::findRepeat(x_, y_, first + 1, first + count) < first + count) return false;
-  // Of 0.0 and -0.0 a box keeps the one that came first.
-  if (!(std::fabs(box.minX * box.maxX * box.minY * box.maxY) > 0.0)) [[unlikely]] {
-    for (std::size_t i = first; i < first + count; ++i) extent_.add(x_[i], y_[i]);
-  } else {
-    extent_.add(box);
-  }
-  push({.first = first, .count = count, .area = ring.sum / 2.0});
+  PlainRing ring;
+  if (!measurePlainRing(x_ + first, y_ + first, count, ring)) return false;
+  extent_.add(ring.box);
+  push({.first = first, .count = count, .area = ring.area});
   hasRoughAreas_ = true;
   return true;
 }

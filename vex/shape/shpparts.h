@@ -45,6 +45,16 @@ struct ShapeExtent {
   bool isEmpty() const { return !(minX <= maxX); }
 };
 
+struct PlainRing {
+  ShapeExtent box;
+  double area = 0.0;  // its sign is right, its last bits are not those that adding in order gives
+};
+
+// Measures a closed ring of four coordinates or more of which only the last equals the first, which is what nearly
+// every feature brings. False, and there may be anything in it: coordinates that stand twice in succession or are no
+// numbers, an area that may well be zero.
+bool measurePlainRing(const double* xs, const double* ys, std::size_t count, PlainRing& ring);
+
 class ShapeParts {
  public:
   // Begins anew with a feature's coordinates.
@@ -98,7 +108,7 @@ class ShapeParts {
   std::size_t numPoints_ = 0;
   bool hasRepeats_ = false;  // in a ring
   bool hasDropped_ = false;  // a ring: the box may be too large
-  bool hasRoughAreas_ = false;  // some were not added up in order
+  bool hasRoughAreas_ = false;  // those of plain rings
   std::vector<ShapePart> parts_;
   std::vector<ShapeRing> rings_;
   ShapeRingOrder ringOrder_;

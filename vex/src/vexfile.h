@@ -91,6 +91,8 @@ class VEXOutputFile {
     return space;
   }
   static constexpr std::size_t kMostSpace = std::size_t{1} << 20;
+  // What appendSpace() can give without writing.
+  std::size_t spaceAtHand() const { return fd_ >= 0 && error_ == 0 ? kCapacity - used_ : 0; }
   // Overwrites what was written before. A pipe has no way back: there it fails unless all is still in the buffer.
   bool patch(std::uint64_t offset, std::string_view bytes);
   std::uint64_t offset() const { return flushed_ + used_; }  // bytes written so far

@@ -294,13 +294,17 @@ VEXStatus VEXLine::partList(std::vector<std::size_t>& starts) {
 }
 
 // A ring ends at the first later coordinate equal to its first; one that repeats the first at once is no end.
-VEXLineRange VEXLine::ringAt(std::size_t start, std::size_t end) const {
+std::size_t VEXLine::ringEnd(std::size_t start, std::size_t end) const {
   const double x = xCoord_[start];
   const double y = yCoord_[start];
   std::size_t at = start + 1;
   while (at < end && pointrun::isSame(xCoord_[at], yCoord_[at], x, y)) ++at;
   at = pointrun::findSame(xCoord_, yCoord_, at, end, x, y);
-  return VEXLineRange{start, std::min(at + 1, end) - start, VEX_GEOM_POLYGON};
+  return std::min(at + 1, end);
+}
+
+VEXLineRange VEXLine::ringAt(std::size_t start, std::size_t end) const {
+  return VEXLineRange{start, ringEnd(start, end) - start, VEX_GEOM_POLYGON};
 }
 
 void VEXLine::rings(std::vector<VEXLineRange>& ranges) const {
@@ -389,14 +393,13 @@ double VEXLine::areaOf(const VEXLineRange& range) const {
   if (!isAreaCode(range.code)) return 0.0;
   double area = 0.0;
   const std::size_t end = range.first + range.count;
-  for (std::size_t start = range.first; start < end;) {
-    VEXLineRange ring = ringAt(start, end);
-    double ringed = signedRingArea(xs().subspan(ring.first, ring.count), ys().subspan(ring.first, ring.count));
+  for (std::size_t start = range.first, next = start; start < end; start = next) {
+    next = ringEnd(start, end);
+    const double ringed = signedRingArea({xCoord_ + start, next - start}, {yCoord_ + start, next - start});
     if (range.code == VEX_GEOM_POLYGON)
       area += ringed;
     else
       area += range.code == VEX_GEOM_DONUT && start > range.first ? -std::fabs(ringed) : std::fabs(ringed);
-    start += ring.count;
   }
   return range.code == VEX_GEOM_POLYGON ? std::fabs(area) : area;
 }
