@@ -87,6 +87,14 @@ VEXStatus VEXShapeInput::read(VEXFeaturePtr& out) {
   bool end = false;
   VEXStatus failure = file_.next(content, end);
   if (end) return nullptr;
+  VEXObjectRecycler& recycler = VEXObjectRecycler::instance();
+  shp::Points ring;
+  if (failure == nullptr && file_.header().type == shp::kPlainAreaType && shp::findSingleRing(content, ring)) {
+    out = recycler.getFeatureToFill(2);
+    if (ShapeDecoder::decodePlainRing(ring, *out)) [[likely]]
+      return nullptr;
+    out.reset();
+  }
   shp::Record record;
   if (failure == nullptr) {
     const shp::RecordFault fault = shp::decodeRecord(content, record);
@@ -95,7 +103,7 @@ VEXStatus VEXShapeInput::read(VEXFeaturePtr& out) {
       failure = refuseRecord(fault, record, content.size());
   }
   if (failure == nullptr) {
-    out = VEXObjectRecycler::instance().getFeatureToFill(ShapeDecoder::dimensionOf(record));
+    out = recycler.getFeatureToFill(ShapeDecoder::dimensionOf(record));
     if (!decoder_.decode(record, *out)) failure = refuse(203015);
   }
   if (failure != nullptr) [[unlikely]] {

@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::size_t kBadPartIndex = 1498;
 constexpr std::int64_t kDumpedCoordinates = 20;
-constexpr std::int32_t kPlainAreaType = 5;  // without z and measures
 constexpr std::int32_t kFirstZType = 11;
 
 void putBox(char* content, const ShapeExtent& box) {
@@ -233,18 +232,18 @@ void VEXShapeOutput::findMeasures(const VEXFeature& feature) {
 // Nearly every area: one plain ring, to be written without z and measures. False, with nothing written: anything else.
 bool VEXShapeOutput::writeSingleRing(const VEXFeature& feature, VEXStatus& failure) {
   const std::size_t count = feature.numCoords();
-  if (type_ == nullptr || type_->code != kPlainAreaType || feature.geomType() != VEX_GEOM_POLYGON ||
+  if (type_ == nullptr || type_->code != shp::kPlainAreaType || feature.geomType() != VEX_GEOM_POLYGON ||
       feature.dimension() != 2 || count < 4)
     return false;
   const double* const xs = feature.xs().data();
   const double* const ys = feature.ys().data();
   PlainRing ring;
-  if (pointrun::findSame(xs, ys, 1, count, xs[0], ys[0]) != count - 1 || !measurePlainRing(xs, ys, count, ring))
+  if (!pointrun::isSame(xs[0], ys[0], xs[count - 1], ys[count - 1]) || !measurePlainRing(xs, ys, count, ring))
     return false;
   char* content = nullptr;
   failure = file_.startRecord(shp::kParts + shp::kPartBytes + shp::kPointBytes * count, content);
   if (failure != nullptr) return true;
-  shp::putLittle(content, static_cast<std::uint32_t>(kPlainAreaType));
+  shp::putLittle(content, static_cast<std::uint32_t>(shp::kPlainAreaType));
   putBox(content, ring.box);
   shp::putLittle(content + shp::kPartCount.offset, 1);
   shp::putLittle(content + shp::kPointCount.offset, static_cast<std::uint32_t>(count));

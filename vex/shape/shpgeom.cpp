@@ -44,6 +44,7 @@ int ShapeDecoder::dimensionOf(const shp::Record& record) {
 }
 
 void ShapeDecoder::start(VEXFeature& feature) {
+  skippedRings_.clear();
   parts_.clear();
   feature_ = &feature;
   at_ = 0;
@@ -59,22 +60,18 @@ void ShapeDecoder::start(VEXFeature& feature) {
   if (hasMeasures_) measures_.resize(std::max(measures_.size(), size_));
 }
 
-// Nearly every area: one ring without z and measures, nothing to drop, to add or to close. False: anything else.
-bool ShapeDecoder::takeSingleRing(const shp::Record& record, VEXFeature& feature) {
-  const std::size_t count = record.numPoints;
-  if (record.numParts != 1 || shp::getLittle(record.parts) != 0 || count < kFewestRingPoints) return false;
+bool ShapeDecoder::decodePlainRing(const shp::Points& points, VEXFeature& feature) {
+  const std::size_t count = points.count;
+  if (count < kFewestRingPoints) return false;
   feature.setNumCoords(count);
   double* const x = feature.mutableXs().data();
   double* const y = feature.mutableYs().data();
-  if (!isPlain<true>(pointrun::spread<true>(record.points, count, x, y), x, y, count)) return false;
+  if (!isPlain<true>(pointrun::spread<true>(points.at, count, x, y), x, y, count)) return false;
   feature.setGeomType(VEX_GEOM_POLYGON);
   return true;
 }
 
 bool ShapeDecoder::decode(const shp::Record& record, VEXFeature& feature) {
-  skippedRings_.clear();
-  if (record.family == shp::Family::Area && feature.dimension() == 2 && takeSingleRing(record, feature)) [[likely]]
-    return true;
   hasThird_ = feature.dimension() == 3;
   hasMeasures_ = record.zs != nullptr && anyMeasure(record);
   start(feature);

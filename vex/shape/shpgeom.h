@@ -20,9 +20,13 @@ class ShapeDecoder {
 
   // 3 when the record has z, or measures in place of it.
   static int dimensionOf(const shp::Record& record);
-  // Fills a feature of that dimension without attributes; what coordinates it has go. False: a coordinate is infinite or, except in a point, no number. A
-  // point that is no number gives a feature without coordinates, as a null shape does.
+  // Fills a feature of that dimension without attributes; what coordinates it has go. False: a coordinate is infinite
+  // or, except in a point, no number. A point that is no number gives a feature without coordinates, as a null shape
+  // does.
   bool decode(const shp::Record& record, VEXFeature& feature);
+  // The same for shp::findSingleRing()'s points and a feature of dimension 2, when there is nothing to drop, to add or
+  // to close. False: decode() has to look closer.
+  static bool decodePlainRing(const shp::Points& points, VEXFeature& feature);
   // Stored point counts of the rings that were left out of the last area: fewer than three edges.
   const std::vector<std::uint32_t>& skippedRings() const { return skippedRings_; }
 
@@ -33,7 +37,6 @@ class ShapeDecoder {
     const char* measures;
   };
   void start(VEXFeature& feature);
-  bool takeSingleRing(const shp::Record& record, VEXFeature& feature);
   bool decodePoint(const Source& from);
   bool decodePoints(const Source& from, std::size_t count);
   // False: a coordinate is infinite or no number.

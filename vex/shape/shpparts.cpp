@@ -40,6 +40,7 @@ bool measurePlainRing(const double* xs, const double* ys, std::size_t count, Pla
   Pair minX = x0, maxX = x0, minY = both(ys[0]), maxY = minY;
   Pair sums{};
   Mask same{};
+  Mask numFirst{};  // with the x of the first; counts downward
   const auto summand = [&](Pair x, Pair y, Pair lastX, Pair lastY) {
     same |= pointrun::equal(x, lastX);
     minX = pointrun::lesser(minX, x);
@@ -49,8 +50,11 @@ bool measurePlainRing(const double* xs, const double* ys, std::size_t count, Pla
     return ((x - x0) + (lastX - x0)) * (y - lastY);
   };
   std::size_t i = 1;
-  for (; i + 1 < count; i += 2)
+  for (; i + 1 < count; i += 2) {
+    numFirst += pointrun::equal(pairAt(xs + i), x0);
     sums += summand(pairAt(xs + i), pairAt(ys + i), pairAt(xs + i - 1), pairAt(ys + i - 1));
+  }
+  const long long numExpected = i < count ? 0 : 1;  // the last one is, but was it among the pairs?
   if (i < count) sums[0] += summand(both(xs[i]), both(ys[i]), both(xs[i - 1]), both(ys[i - 1]))[0];
   ShapeExtent box{std::min(minX[0], minX[1]), std::min(minY[0], minY[1]), std::max(maxX[0], maxX[1]),
                   std::max(maxY[0], maxY[1])};
@@ -59,6 +63,8 @@ bool measurePlainRing(const double* xs, const double* ys, std::size_t count, Pla
   const double bound = (box.maxX - box.minX) * (box.maxY - box.minY) * (points * points);
   if (!(std::fabs(sum) > bound * 0x1p-50)) return false;
   if (pointrun::any(same) && pointrun::findRepeat(xs, ys, 1, count) < count) return false;
+  if (numFirst[0] + numFirst[1] != -numExpected && pointrun::findSame(xs, ys, 1, count - 1, xs[0], ys[0]) < count - 1)
+    return false;
   // Of 0.0 and -0.0 a box keeps the one that came first.
   if (!(std::fabs(box.minX * box.maxX * box.minY * box.maxY) > 0.0)) [[unlikely]] {
     box = ShapeExtent();
@@ -213,8 +219,7 @@ bool ShapeParts::settleRings() {
     return true;
   }
   rings_.clear();
-  for (const ShapePart& part : parts_)
-    rings_.push_back({.first = part.first, .count = part.count, .area = part.area});
+  for (const ShapePart& part : parts_) rings_.push_back({.first = part.first, .count = part.count, .area = part.area});
   if (!ringOrder_.order({x_, numCoords_}, {y_, numCoords_}, rings_)) return false;
   for (std::size_t i = 0; i < parts_.size(); ++i)
     parts_[i].isReversed = rings_[i].isHole() ? rings_[i].area < 0.0 : rings_[i].area > 0.0;

@@ -50,9 +50,8 @@ struct PlainRing {
   double area = 0.0;  // its sign is right, its last bits are not those that adding in order gives
 };
 
-// Measures a closed ring of four coordinates or more of which only the last equals the first, which is what nearly
-// every feature brings. False, and there may be anything in it: coordinates that stand twice in succession or are no
-// numbers, an area that may well be zero.
+// Measures four coordinates or more, the last equal to the first, that are one ring in which nothing stands twice: what
+// nearly every feature brings. False: they are not, or not all are numbers, or the area may well be zero.
 bool measurePlainRing(const double* xs, const double* ys, std::size_t count, PlainRing& ring);
 
 class ShapeParts {
@@ -106,8 +105,8 @@ class ShapeParts {
   ShapeExtent extent_;
   bool isFinite_ = true;
   std::size_t numPoints_ = 0;
-  bool hasRepeats_ = false;  // in a ring
-  bool hasDropped_ = false;  // a ring: the box may be too large
+  bool hasRepeats_ = false;     // in a ring
+  bool hasDropped_ = false;     // a ring: the box may be too large
   bool hasRoughAreas_ = false;  // those of plain rings
   std::vector<ShapePart> parts_;
   std::vector<ShapeRing> rings_;

@@ -17,7 +17,8 @@ struct GeometryName {
   std::uint32_t code;
   std::string_view name;
 };
-constexpr GeometryName kGeometryNames[] = {  // the code of row i > 0 is 1 << (i - 1)
+// The code of each row but the first is 1 << (row - 1).
+constexpr GeometryName kGeometryNames[] = {
     {VEX_GEOM_UNDEFINED, "orv_undefined"},
     {VEX_GEOM_POINT, "orv_point"},
     {VEX_GEOM_LINE, "orv_line"},

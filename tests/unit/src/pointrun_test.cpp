@@ -130,7 +130,8 @@ TEST(PointRun, AddsUpAreasToTheLastBit) {
       for (double& value : x) value = number(random);
       for (double& value : y) value = number(random);
       double sum = 0.0;
-      for (std::size_t i = 0; count >= 3 && i + 1 < count; ++i) sum += x[i] * (y[i + 1] - y[0]) - x[i + 1] * (y[i] - y[0]);
+      for (std::size_t i = 0; count >= 3 && i + 1 < count; ++i)
+        sum += x[i] * (y[i + 1] - y[0]) - x[i + 1] * (y[i] - y[0]);
       EXPECT_EQ(std::bit_cast<std::uint64_t>(signedRingArea(x, y)), std::bit_cast<std::uint64_t>(sum / 2.0)) << count;
     }
   }
