@@ -160,7 +160,7 @@ bool ShapeDecoder::takeParts(const shp::Record& record, const Source& from) {
   const std::size_t numPoints = record.numPoints;
   std::size_t first = record.numParts == 0 ? numPoints : shp::getLittle(record.parts);
   if (!pointrun::areFinite(from.points, 2 * first)) return false;  // points of no part
-  ensure(numPoints + (kIsRing ? 0 : record.numParts));
+  ensure(numPoints + (kIsRing ? 0 : std::min<std::size_t>(record.numParts, numPoints)));
   for (std::uint32_t part = 0; part < record.numParts; ++part) {
     const std::size_t next =
         part + 1 < record.numParts ? shp::getLittle(record.parts + shp::kPartBytes * (part + 1)) : numPoints;

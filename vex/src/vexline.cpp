@@ -295,6 +295,7 @@ VEXStatus VEXLine::partList(std::vector<std::size_t>& starts) {
 
 // A ring ends at the first later coordinate equal to its first; one that repeats the first at once is no end.
 std::size_t VEXLine::ringEnd(std::size_t start, std::size_t end) const {
+  if (start >= end) return end;
   const double x = xCoord_[start];
   const double y = yCoord_[start];
   std::size_t at = start + 1;
