@@ -393,6 +393,9 @@ VEXStatus VEXLine::boundingCube(VEXBox& box) const {
 double VEXLine::areaOf(const VEXLineRange& range) const {
   if (!isAreaCode(range.code)) return 0.0;
   double area = 0.0;
+  if (singleRingArea({xCoord_ + range.first, range.count}, {yCoord_ + range.first, range.count}, area)) [[likely]]
+    return std::fabs(area);
+  area = 0.0;
   const std::size_t end = range.first + range.count;
   for (std::size_t start = range.first, next = start; start < end; start = next) {
     next = ringEnd(start, end);

@@ -133,6 +133,17 @@ TEST(PointRun, AddsUpAreasToTheLastBit) {
       for (std::size_t i = 0; count >= 3 && i + 1 < count; ++i)
         sum += x[i] * (y[i + 1] - y[0]) - x[i + 1] * (y[i] - y[0]);
       EXPECT_EQ(std::bit_cast<std::uint64_t>(signedRingArea(x, y)), std::bit_cast<std::uint64_t>(sum / 2.0)) << count;
+      double area = 0.0;
+      EXPECT_FALSE(singleRingArea(x, y, area)) << "open";
+      if (count < 4) continue;
+      x.back() = x[0];
+      y.back() = y[0];
+      EXPECT_TRUE(singleRingArea(x, y, area)) << count;
+      EXPECT_EQ(std::bit_cast<std::uint64_t>(signedRingArea(x, y)), std::bit_cast<std::uint64_t>(area)) << count;
+      const std::size_t again = 1 + random() % (count - 2);
+      x[again] = x[0];
+      y[again] = y[0];
+      EXPECT_FALSE(singleRingArea(x, y, area)) << count << " " << again;
     }
   }
 }
