@@ -75,6 +75,12 @@ class VEXFeature : public VEXObject {
   std::size_t numCoords() const { return xCoord_.size(); }
   void addCoord(double x, double y, double z = 0.0);  // z is kept only in a feature of dimension 3
   void reserveCoords(std::size_t count);
+  // Cuts the coordinates at the end, or adds some at zero.
+  void setNumCoords(std::size_t count) {
+    resize(xCoord_, count);
+    resize(yCoord_, count);
+    if (dimension_ == 3) resize(zCoord_, count);
+  }
   // Appends one ordinate (axis 0 x, 1 y, 2 z) to its sequence. Ordinates of the other axes that have not been given
   // yet are 0, and take the next ones that are; a z makes the feature 3D.
   void appendOrdinate(int axis, double value);
@@ -89,7 +95,10 @@ class VEXFeature : public VEXObject {
   std::vector<double>& mutableXs() { return xCoord_; }
   std::vector<double>& mutableYs() { return yCoord_; }
   std::vector<double>& mutableZs() { return zCoord_; }
-  void trimCoords();  // capacity cut to what is used when far above it
+  void trimCoords() {  // capacity cut to what is used when far above it
+    if (xCoord_.capacity() > kKeptCapacity || yCoord_.capacity() > kKeptCapacity || zCoord_.capacity() > kKeptCapacity)
+      cutCapacity();
+  }
 
   // ---- to a line and back ----
   // A copy of the coordinates with this feature's geometry code.
@@ -134,12 +143,25 @@ class VEXFeature : public VEXObject {
 
   // ---- whole ----
   void reset(int dimension, std::size_t numCoords);  // as new; buffers are kept
+  // As reset(), but coordinates are there, any number with any values and each axis for itself: for a reader that
+  // overwrites them and sets their number. It spares filling them with zeros first.
+  void resetForFilling(int dimension);
   void cloneFrom(const VEXFeature& source);          // everything
   VEXFeaturePtr clone() const;
   // Parses one function text, runs it on the feature in the destination direction and gives its result.
   static VEXStatus performFunction(std::string_view text, VEXFeaturePtr& feature, std::string& result);
 
  private:
+  static constexpr std::size_t kKeptCapacity = 65536;
+  static void resize(std::vector<double>& coords, std::size_t count) {
+    if (count > coords.size())
+      coords.resize(count);
+    else
+      coords.erase(coords.begin() + static_cast<std::ptrdiff_t>(count), coords.end());
+  }
+  void resetAllButCoords(int dimension);
+  void cutCapacity();
+
   std::vector<double> xCoord_;
   std::vector<double> yCoord_;
   std::vector<double> zCoord_;

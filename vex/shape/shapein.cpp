@@ -62,8 +62,8 @@ VEXStatus VEXShapeInput::refuse(std::uint32_t number) const {
   return makeRejection(number, {numberText(file_.recordNumber()), shpPath_, numberText(file_.recordOffset())});
 }
 
-VEXStatus VEXShapeInput::checkRecord(shp::RecordFault fault, const shp::Record& record,
-                                     std::size_t contentBytes) const {
+VEXStatus VEXShapeInput::refuseRecord(shp::RecordFault fault, const shp::Record& record,
+                                      std::size_t contentBytes) const {
   if (fault == shp::RecordFault::TooShort || fault == shp::RecordFault::Counts) {
     return makeRejection(203013, {numberText(file_.recordNumber()), shpPath_, numberText(file_.recordOffset()),
                                   numberText(contentBytes), numberText(record.numParts), numberText(record.numPoints)});
@@ -77,7 +77,7 @@ VEXStatus VEXShapeInput::checkRecord(shp::RecordFault fault, const shp::Record& 
                                       integerText(file_.header().type) + "'.",
                                   numberText(file_.recordNumber()), shpPath_, numberText(file_.recordOffset())});
   }
-  return fault == shp::RecordFault::Parts ? refuse(203014) : nullptr;
+  return refuse(203014);
 }
 
 VEXStatus VEXShapeInput::read(VEXFeaturePtr& out) {
@@ -87,10 +87,23 @@ VEXStatus VEXShapeInput::read(VEXFeaturePtr& out) {
   bool end = false;
   VEXStatus failure = file_.next(content, end);
   if (end) return nullptr;
+  VEXObjectRecycler& recycler = VEXObjectRecycler::instance();
+  shp::Points ring;
+  if (failure == nullptr && file_.header().type == shp::kPlainAreaType && shp::findSingleRing(content, ring)) {
+    out = recycler.getFeatureToFill(2);
+    if (ShapeDecoder::decodePlainRing(ring, *out)) [[likely]]
+      return nullptr;
+    out.reset();
+  }
   shp::Record record;
-  if (failure == nullptr) failure = checkRecord(shp::decodeRecord(content, record), record, content.size());
   if (failure == nullptr) {
-    out = VEXObjectRecycler::instance().getFeature(ShapeDecoder::dimensionOf(record), 0);
+    const shp::RecordFault fault = shp::decodeRecord(content, record);
+    const bool isOfType = record.type == 0 || record.type == file_.header().type;
+    if (fault != shp::RecordFault::None || !isOfType) [[unlikely]]
+      failure = refuseRecord(fault, record, content.size());
+  }
+  if (failure == nullptr) {
+    out = recycler.getFeatureToFill(ShapeDecoder::dimensionOf(record));
     if (!decoder_.decode(record, *out)) failure = refuse(203015);
   }
   if (failure != nullptr) [[unlikely]] {

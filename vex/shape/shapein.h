@@ -30,7 +30,7 @@ class VEXShapeInput {
 
  private:
   VEXStatus checkType(const shp::Type* declared);
-  VEXStatus checkRecord(shp::RecordFault fault, const shp::Record& record, std::size_t contentBytes) const;
+  VEXStatus refuseRecord(shp::RecordFault fault, const shp::Record& record, std::size_t contentBytes) const;
   VEXStatus refuse(std::uint32_t number) const;
 
   std::string featureType_;

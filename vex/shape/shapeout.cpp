@@ -4,6 +4,7 @@
 
 #include "vex/inc/numtext.h"
 #include "vex/shape/shpgeom.h"
+#include "vex/src/pointrun.h"
 #include "vex/src/vexlog.h"
 
 namespace {
@@ -11,6 +12,14 @@ namespace {
 constexpr std::size_t kBadPartIndex = 1498;
 constexpr std::int64_t kDumpedCoordinates = 20;
 constexpr std::int32_t kFirstZType = 11;
+
+void putBox(char* content, const ShapeExtent& box) {
+  char* at = content + shp::kRecordBox.offset;
+  for (const double value : {box.minX, box.minY, box.maxX, box.maxY}) {
+    shp::putReal(at, value);
+    at += shp::kValueBytes;
+  }
+}
 
 bool holdsPoints(std::uint32_t code) {
   return code == VEX_GEOM_POINT || code == VEX_GEOM_MULTI_POINT || code == VEX_GEOM_PIP;
@@ -54,6 +63,9 @@ VEXStatus VEXShapeOutput::refuse(std::uint32_t number, const VEXFeature& feature
 
 VEXStatus VEXShapeOutput::write(const VEXFeature& feature) {
   if (feature.numCoords() == 0) return extendStatus(writeNull());
+  VEXStatus failure;
+  if (writeSingleRing(feature, failure)) [[likely]]
+    return extendStatus(std::move(failure));
   parts_.start(feature);
   VEX_TRY(collect(feature));
   if (!parts_.isFinite()) return refuse(204022, feature);
@@ -217,6 +229,35 @@ void VEXShapeOutput::findMeasures(const VEXFeature& feature) {
   if (type_->hasM) parts_.takeMeasuresFromZ();
 }
 
+// Nearly every area: one plain ring, to be written without z and measures. False, with nothing written: anything else.
+bool VEXShapeOutput::writeSingleRing(const VEXFeature& feature, VEXStatus& failure) {
+  const std::size_t count = feature.numCoords();
+  if (type_ == nullptr || type_->code != shp::kPlainAreaType || feature.geomType() != VEX_GEOM_POLYGON ||
+      feature.dimension() != 2 || count < 4)
+    return false;
+  const double* const xs = feature.xs().data();
+  const double* const ys = feature.ys().data();
+  PlainRing ring;
+  if (!pointrun::isSame(xs[0], ys[0], xs[count - 1], ys[count - 1]) || !measurePlainRing(xs, ys, count, ring))
+    return false;
+  char* content = nullptr;
+  failure = file_.startRecord(shp::kParts + shp::kPartBytes + shp::kPointBytes * count, content);
+  if (failure != nullptr) return true;
+  shp::putLittle(content, static_cast<std::uint32_t>(shp::kPlainAreaType));
+  putBox(content, ring.box);
+  shp::putLittle(content + shp::kPartCount.offset, 1);
+  shp::putLittle(content + shp::kPointCount.offset, static_cast<std::uint32_t>(count));
+  shp::putLittle(content + shp::kParts, 0);
+  char* const points = content + shp::kParts + shp::kPartBytes;
+  if (ring.area > 0.0)
+    pointrun::joinReversed(xs, ys, count, points);
+  else
+    pointrun::join(xs, ys, count, points);
+  extent_.add(ring.box);
+  failure = file_.endRecord();
+  return true;
+}
+
 // ---- from parts to bytes ----
 
 VEXStatus VEXShapeOutput::writeNull() {
@@ -236,11 +277,7 @@ VEXStatus VEXShapeOutput::writeParts() {
   shp::putLittle(content, static_cast<std::uint32_t>(type_->code));
   char* at = content + shp::kPoint.offset;
   if (type_->family != shp::Family::Point) {
-    const ShapeExtent& box = parts_.extent();
-    for (const double value : {box.minX, box.minY, box.maxX, box.maxY}) {
-      shp::putReal(at, value);
-      at += shp::kValueBytes;
-    }
+    putBox(content, parts_.extent());
     if (type_->family == shp::Family::MultiPoint) {
       shp::putLittle(content + shp::kMultiCount.offset, static_cast<std::uint32_t>(numPoints));
       at = content + shp::kMultiPoints;
@@ -279,14 +316,16 @@ void walkPart(const ShapePart& part, Visit&& visit) {
 }  // namespace
 
 char* VEXShapeOutput::encodePoints(char* at) const {
-  const double* const xs = parts_.xs();
-  const double* const ys = parts_.ys();
   for (const ShapePart& part : parts_.parts()) {
-    walkPart(part, [&](std::size_t i) {
-      shp::putReal(at, xs[i]);
-      shp::putReal(at + shp::kValueBytes, ys[i]);
-      at += shp::kPointBytes;
-    });
+    const double* const xs = parts_.xs() + part.first;
+    const double* const ys = parts_.ys() + part.first;
+    if (part.isReversed) {
+      if (part.closes) at = pointrun::join(xs, ys, 1, at);
+      at = pointrun::joinReversed(xs, ys, part.count, at);
+    } else {
+      at = pointrun::join(xs, ys, part.count, at);
+      if (part.closes) at = pointrun::join(xs, ys, 1, at);
+    }
   }
   return at;
 }

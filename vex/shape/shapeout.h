@@ -45,6 +45,7 @@ class VEXShapeOutput {
   VEXStatus refuse(std::uint32_t number, const VEXFeature& feature) const;
   void findMeasures(const VEXFeature& feature);
   VEXStatus writeNull();
+  bool writeSingleRing(const VEXFeature& feature, VEXStatus& failure);
   VEXStatus writeParts();
   char* encodePoints(char* at) const;
   char* encodeBlock(char* at, const double* values, double missing, bool isMeasure) const;

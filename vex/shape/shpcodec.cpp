@@ -28,6 +28,16 @@ constexpr Type kTypes[] = {
     {31, Family::Patch, true, false, "shape_multipatch", ""},
 };
 
+// Where in the table each code stands first.
+constexpr std::int32_t kLastCode = 31;
+constexpr std::uint8_t kNoPlace = 0xFF;
+constexpr auto kPlaces = [] {
+  std::array<std::uint8_t, kLastCode + 1> places{};
+  places.fill(kNoPlace);
+  for (std::size_t i = std::size(kTypes); i-- > 0;) places[kTypes[i].code] = static_cast<std::uint8_t>(i);
+  return places;
+}();
+
 bool partsRise(const Record& record) {
   std::uint32_t last = 0;
   for (std::uint32_t i = 0; i < record.numParts; ++i) {
@@ -67,9 +77,8 @@ RecordFault decodePoint(const Type& type, std::string_view content, Record& reco
 }  // namespace
 
 const Type* findType(std::int32_t code) {
-  for (const Type& type : kTypes)
-    if (type.code == code) return &type;
-  return nullptr;
+  const std::uint8_t place = code >= 0 && code <= kLastCode ? kPlaces[code] : kNoPlace;
+  return place == kNoPlace ? nullptr : &kTypes[place];
 }
 
 const Type* findType(std::string_view name) {
@@ -111,6 +120,7 @@ RecordFault decodeRecord(std::string_view content, Record& record) {
   record.type = static_cast<std::int32_t>(getLittle(content.data()));
   const Type* type = findType(record.type);
   if (type == nullptr || type->family == Family::Patch) return RecordFault::UnknownType;
+  record.family = type->family;
   if (type->family == Family::None) return RecordFault::None;
   if (type->family == Family::Point) return decodePoint(*type, content, record);
 

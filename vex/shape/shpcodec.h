@@ -57,7 +57,8 @@ inline constexpr std::uint32_t kCode = 9994;
 inline constexpr std::uint32_t kVersionNumber = 1000;
 // Readers keep lengths in signed words: what ends the format at 4 GB.
 inline constexpr std::uint64_t kLongestFile = 2 * static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max());
-inline constexpr double kLeastMeasure = -1e38;  // below: there is no measure
+inline constexpr std::int32_t kPlainAreaType = 5;  // without z and measures
+inline constexpr double kLeastMeasure = -1e38;     // below: there is no measure
 inline constexpr double kNoMeasure = -std::numeric_limits<double>::max();
 
 enum class Family : std::uint8_t { None, Point, Line, Area, MultiPoint, Patch };
@@ -119,6 +120,7 @@ void encodeHeader(const Header& header, std::array<char, kHeaderBytes>& bytes);
 // The pieces of a record's content; every count has been held against the length.
 struct Record {
   std::int32_t type = 0;
+  Family family = Family::None;
   std::uint32_t numParts = 0;  // of lines and areas
   std::uint32_t numPoints = 0;
   const char* parts = nullptr;
@@ -131,6 +133,22 @@ enum class RecordFault : std::uint8_t { None, TooShort, UnknownType, Counts, Par
 // `content` starts with the shape type. Null shapes have no points. Counts: points or parts do not fit the length.
 // Parts: the part indexes do not rise, or lie beyond the points.
 RecordFault decodeRecord(std::string_view content, Record& record);
+
+// A run of points as they are stored.
+struct Points {
+  const char* at = nullptr;
+  std::size_t count = 0;
+};
+// The points of what nearly every area is: a record of kPlainAreaType with one ring that has all of them. False:
+// anything else, for decodeRecord() to look at.
+inline bool findSingleRing(std::string_view content, Points& points) {
+  constexpr std::size_t kFirstPoint = kParts + kPartBytes;
+  if (content.size() < kFirstPoint || getLittle(content.data()) != kPlainAreaType ||
+      getLittle(content.data() + kPartCount.offset) != 1 || getLittle(content.data() + kParts) != 0)
+    return false;
+  points = {content.data() + kFirstPoint, getLittle(content.data() + kPointCount.offset)};
+  return points.count <= (content.size() - kFirstPoint) / kPointBytes;
+}
 
 // Length of a content, or more than any file when the counts are that large.
 std::uint64_t contentBytes(const Type& type, std::uint64_t numParts, std::uint64_t numPoints, bool hasM);

@@ -82,12 +82,37 @@ VEXStatus ShapeFileReader::refuseContent(std::uint64_t offset) const {
 }
 
 VEXStatus ShapeFileReader::next(std::string_view& content, bool& end) {
-  content = {};
   end = false;
+  if (nextUsual(content)) [[likely]]
+    return nullptr;
+  content = {};
   Entry entry;
   VEX_TRY(hasIndex_ ? nextEntry(entry, end) : nextInSequence(entry, end));
   if (end) return nullptr;
   return extendStatus(readRecord(entry, content));
+}
+
+// The record that nearly every one is: its index entry is in memory, it stands right behind the one before, the two
+// lengths agree, and all of it is in memory, too. False, and nothing has changed: anything else.
+bool ShapeFileReader::nextUsual(std::string_view& content) {
+  const std::string_view atHand = shp_.bytesAtHand();
+  if (entries_.size() < shp::kEntryBytes || recordNumber_ >= numEntries_ || atHand.size() < shp::kRecordHeaderBytes)
+    return false;
+  const std::uint32_t words = shp::getBig(entries_.data() + shp::kEntryWords.offset);
+  if (words != shp::getBig(atHand.data() + shp::kRecordWords.offset)) return false;
+  const std::uint64_t offset = 2 * static_cast<std::uint64_t>(shp::getBig(entries_.data() + shp::kEntryOffset.offset));
+  const std::uint64_t total = shp::kRecordHeaderBytes + 2 * static_cast<std::uint64_t>(words);
+  if (offset != lastEnd_ || offset != shp_.offset() || total > atHand.size() || total > kLargestInPlace) return false;
+  if (total > shp_.size() - shp::kHeaderBytes - bytesGiven_ || offset + total > shp_.size()) return false;
+  shp_.skipBytes(static_cast<std::size_t>(total));
+  entries_.remove_prefix(shp::kEntryBytes);
+  ++recordNumber_;
+  bytesGiven_ += total;
+  recordOffset_ = offset;
+  lastEnd_ = offset + total;
+  content = std::string_view(atHand.data() + shp::kRecordHeaderBytes,
+                             static_cast<std::size_t>(total) - shp::kRecordHeaderBytes);
+  return true;
 }
 
 VEXStatus ShapeFileReader::nextEntry(Entry& entry, bool& end) {
@@ -196,32 +221,45 @@ VEXStatus ShapeFileWriter::open(const std::string& basePath, std::int32_t type) 
   return nullptr;
 }
 
-VEXStatus ShapeFileWriter::startRecord(std::uint64_t contentBytes, char*& content) {
+// The record that nearly every one is: both files have room for it in memory. Null: look closer.
+char* ShapeFileWriter::startUsual(std::uint64_t contentBytes) {
   const std::uint64_t offset = shp_.offset();
-  if (contentBytes > longestFile_ || offset + shp::kRecordHeaderBytes + contentBytes > longestFile_) [[unlikely]]
+  const std::uint64_t total = shp::kRecordHeaderBytes + contentBytes;
+  if (contentBytes > kLargestSpace || total > shp_.spaceAtHand() || shx_.spaceAtHand() < shp::kEntryBytes ||
+      offset + total > longestFile_)
+    return nullptr;
+  isLarge_ = false;
+  char* const record = shp_.appendSpace(static_cast<std::size_t>(total));
+  return putHeads(record, shx_.appendSpace(shp::kEntryBytes), offset, contentBytes);
+}
+
+VEXStatus ShapeFileWriter::startAny(std::uint64_t contentBytes, char*& content) {
+  const std::uint64_t offset = shp_.offset();
+  if (contentBytes > longestFile_ || offset + shp::kRecordHeaderBytes + contentBytes > longestFile_)
     return makeStatus(204021, {shp_.path(), numberText(numRecords_), numberText(longestFile_)});
   const std::size_t total = shp::kRecordHeaderBytes + static_cast<std::size_t>(contentBytes);
   isLarge_ = total > kLargestSpace;
   if (isLarge_) large_.resize(total);
   char* const record = isLarge_ ? large_.data() : shp_.appendSpace(total);
-  char entry[shp::kEntryBytes];
-  if (record == nullptr) [[unlikely]]
-    return makeStatus(204015, {shp_.path(), shp_.errorText()});
-  const auto words = static_cast<std::uint32_t>(contentBytes / 2);
-  shp::putBig(entry + shp::kEntryOffset.offset, static_cast<std::uint32_t>(offset / 2));
-  shp::putBig(entry + shp::kEntryWords.offset, words);
-  if (!shx_.append(std::string_view(entry, sizeof entry))) [[unlikely]]
-    return makeStatus(204017, {shx_.path(), shx_.errorText()});
-  ++numRecords_;
-  shp::putBig(record + shp::kRecordNumber.offset, static_cast<std::uint32_t>(numRecords_));
-  shp::putBig(record + shp::kRecordWords.offset, words);
-  content = record + shp::kRecordHeaderBytes;
+  if (record == nullptr) return makeStatus(204015, {shp_.path(), shp_.errorText()});
+  char* const entry = shx_.appendSpace(shp::kEntryBytes);
+  if (entry == nullptr) return makeStatus(204017, {shx_.path(), shx_.errorText()});
+  content = putHeads(record, entry, offset, contentBytes);
   return nullptr;
 }
 
-VEXStatus ShapeFileWriter::endRecord() {
-  if (!isLarge_) [[likely]]
-    return nullptr;
+// Gives the place behind the record's head.
+char* ShapeFileWriter::putHeads(char* record, char* entry, std::uint64_t offset, std::uint64_t contentBytes) {
+  const auto words = static_cast<std::uint32_t>(contentBytes / 2);
+  shp::putBig(entry + shp::kEntryOffset.offset, static_cast<std::uint32_t>(offset / 2));
+  shp::putBig(entry + shp::kEntryWords.offset, words);
+  ++numRecords_;
+  shp::putBig(record + shp::kRecordNumber.offset, static_cast<std::uint32_t>(numRecords_));
+  shp::putBig(record + shp::kRecordWords.offset, words);
+  return record + shp::kRecordHeaderBytes;
+}
+
+VEXStatus ShapeFileWriter::writeLarge() {
   const bool isWritten = shp_.append(large_);
   large_ = std::string();
   if (!isWritten) return makeStatus(204016, {shp_.path(), shp_.errorText()});

@@ -38,6 +38,7 @@ class ShapeFileReader {
     std::uint64_t bytes = 0;  // of the content
   };
   VEXStatus readHeader(VEXInputFile& file, shp::Header& header) const;
+  bool nextUsual(std::string_view& content);
   VEXStatus nextEntry(Entry& entry, bool& end);
   VEXStatus nextInSequence(Entry& entry, bool& end);
   VEXStatus checkOverlap(const Entry& entry);
@@ -68,8 +69,17 @@ class ShapeFileWriter {
 
   VEXStatus open(const std::string& basePath, std::int32_t type);  // creates both with headers of an empty set
   // The place for a record's content, to be filled before the next call. 204021, with nothing written: no room.
-  VEXStatus startRecord(std::uint64_t contentBytes, char*& content);
-  VEXStatus endRecord();
+  VEXStatus startRecord(std::uint64_t contentBytes, char*& content) {
+    content = startUsual(contentBytes);
+    if (content != nullptr) [[likely]]
+      return nullptr;
+    return startAny(contentBytes, content);
+  }
+  VEXStatus endRecord() {
+    if (!isLarge_) [[likely]]
+      return nullptr;
+    return writeLarge();
+  }
   VEXStatus close(const std::array<double, 8>& box);  // headers with lengths and box
   void abort();                                       // removes what is not closed
   bool isOpen() const { return shp_.isOpen(); }
@@ -77,6 +87,10 @@ class ShapeFileWriter {
   const std::string& path() const { return shp_.path(); }
 
  private:
+  char* startUsual(std::uint64_t contentBytes);
+  VEXStatus startAny(std::uint64_t contentBytes, char*& content);
+  char* putHeads(char* record, char* entry, std::uint64_t offset, std::uint64_t contentBytes);
+  VEXStatus writeLarge();
   void drop(VEXOutputFile& file, bool& isUnfinished);
 
   VEXOutputFile shp_;

@@ -4,22 +4,21 @@
 #include <charconv>
 #include <cmath>
 
-#include "vex/shape/pointrun.h"
+#include "vex/src/pointrun.h"
 
 using pointrun::isSame;
 
 namespace {
 
-// True when none of the doubles behind each other at `at` is infinite or not a number: those have an exponent of
-// ones, which overflows into the sign's place.
-bool areFinite(const char* at, std::size_t count) {
-  std::uint64_t overflow = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    std::uint64_t bits;
-    std::memcpy(&bits, at + shp::kValueBytes * i, sizeof bits);
-    overflow |= (bits & ~(std::uint64_t{1} << 63)) + (std::uint64_t{1} << 52);
-  }
-  return overflow >> 63 == 0;
+constexpr std::size_t kFewestRingPoints = 4;  // three edges
+
+// Of points that were spread: numbers of which none repeats another; a ring is closed.
+template <bool kIsRing>
+bool isPlain(const pointrun::Seen& seen, const double* x, const double* y, std::size_t count) {
+  if (!seen.isFinite || (kIsRing && !isSame(x[0], y[0], x[count - 1], y[count - 1]))) return false;
+  if (!seen.mayRepeat) return true;
+  return pointrun::findRepeat(x, y, 1, count) == count &&
+         !(kIsRing && pointrun::findSame(x, y, 1, count - 1, x[0], y[0]) < count - 1);
 }
 
 bool isMeasure(double value) {
@@ -44,53 +43,76 @@ int ShapeDecoder::dimensionOf(const shp::Record& record) {
   return record.zs != nullptr || anyMeasure(record) ? 3 : 2;
 }
 
-bool ShapeDecoder::decode(const shp::Record& record, VEXFeature& feature) {
-  const shp::Type& type = *shp::findType(record.type);
+void ShapeDecoder::start(VEXFeature& feature) {
   skippedRings_.clear();
   parts_.clear();
   feature_ = &feature;
-  at_ = size_ = 0;
+  at_ = 0;
+  std::vector<double>& xs = feature.mutableXs();
+  std::vector<double>& ys = feature.mutableYs();
+  size_ = std::min(xs.size(), ys.size());
+  x_ = xs.data();
+  y_ = ys.data();
+  if (hasThird_) {
+    size_ = std::min(size_, feature.mutableZs().size());
+    z_ = feature.mutableZs().data();
+  }
+  if (hasMeasures_) measures_.resize(std::max(measures_.size(), size_));
+}
+
+bool ShapeDecoder::decodePlainRing(const shp::Points& points, VEXFeature& feature) {
+  const std::size_t count = points.count;
+  if (count < kFewestRingPoints) return false;
+  feature.setNumCoords(count);
+  double* const x = feature.mutableXs().data();
+  double* const y = feature.mutableYs().data();
+  if (!isPlain<true>(pointrun::spread<true>(points.at, count, x, y), x, y, count)) return false;
+  feature.setGeomType(VEX_GEOM_POLYGON);
+  return true;
+}
+
+bool ShapeDecoder::decode(const shp::Record& record, VEXFeature& feature) {
   hasThird_ = feature.dimension() == 3;
   hasMeasures_ = record.zs != nullptr && anyMeasure(record);
-  if (type.family != shp::Family::Point && !areFinite(record.points, std::size_t{2} * record.numPoints)) return false;
+  start(feature);
+  const shp::Family family = record.family;
   const Source from{record.points, record.zs != nullptr ? record.zs : record.ms, record.ms};
-  switch (type.family) {
+  bool isFinite = true;
+  switch (family) {
     case shp::Family::Point:
-      if (!decodePoint(from)) return false;
+      isFinite = decodePoint(from);
       break;
     case shp::Family::MultiPoint:
-      decodePoints(from, record.numPoints);
+      isFinite = decodePoints(from, record.numPoints);
       break;
     case shp::Family::Line:
-      takeParts(record, from, false);
+      isFinite = takeParts<false>(record, from);
       break;
     case shp::Family::Area:
-      takeParts(record, from, true);
+      isFinite = takeParts<true>(record, from);
       break;
     case shp::Family::None:
     case shp::Family::Patch:
       break;
   }
-  feature.mutableXs().resize(at_);
-  feature.mutableYs().resize(at_);
-  if (hasThird_) feature.mutableZs().resize(at_);
+  if (!isFinite) [[unlikely]]
+    return false;
+  feature.setNumCoords(at_);
   if (at_ == 0) return true;
   constexpr std::uint32_t kCodes[] = {VEX_GEOM_UNDEFINED, VEX_GEOM_POINT,       VEX_GEOM_LINE,
                                       VEX_GEOM_POLYGON,   VEX_GEOM_MULTI_POINT, VEX_GEOM_UNDEFINED};
-  feature.setGeomType(kCodes[static_cast<std::size_t>(type.family)]);
+  feature.setGeomType(kCodes[static_cast<std::size_t>(family)]);
   if (makesAggregates_) {
-    if (type.family == shp::Family::MultiPoint) gatherPoints();
-    if (type.family == shp::Family::Line && parts_.size() > 1) gatherLines();
-    if (type.family == shp::Family::Area && parts_.size() > 1) gatherRings();
+    if (family == shp::Family::MultiPoint) gatherPoints();
+    if (family == shp::Family::Line && parts_.size() > 1) gatherLines();
+    if (family == shp::Family::Area && parts_.size() > 1) gatherRings();
   }
   if (hasMeasures_) setMeasures();
   return true;
 }
 
-// Makes room for `count` coordinates in all.
-void ShapeDecoder::ensure(std::size_t count) {
-  if (count <= size_) return;
-  size_ = std::max(count, size_ + size_ / 2);
+void ShapeDecoder::grow(std::size_t count) {
+  size_ = at_ == 0 ? count : std::max(count, size_ + size_ / 2);
   feature_->mutableXs().resize(size_);
   feature_->mutableYs().resize(size_);
   x_ = feature_->mutableXs().data();
@@ -99,7 +121,7 @@ void ShapeDecoder::ensure(std::size_t count) {
     feature_->mutableZs().resize(size_);
     z_ = feature_->mutableZs().data();
   }
-  if (hasMeasures_) measures_.resize(size_);
+  if (hasMeasures_) measures_.resize(std::max(measures_.size(), size_));
 }
 
 void ShapeDecoder::put(std::size_t at, double x, double y, double third, double measure) {
@@ -119,7 +141,8 @@ bool ShapeDecoder::decodePoint(const Source& from) {
   return true;
 }
 
-void ShapeDecoder::decodePoints(const Source& from, std::size_t count) {
+bool ShapeDecoder::decodePoints(const Source& from, std::size_t count) {
+  if (!pointrun::areFinite(from.points, 2 * count)) return false;
   const std::size_t times = makesAggregates_ ? 1 : 2;
   ensure(times * count);
   for (std::size_t i = 0; i < count; ++i) {
@@ -129,91 +152,96 @@ void ShapeDecoder::decodePoints(const Source& from, std::size_t count) {
     const double measure = hasMeasures_ ? shp::getReal(from.measures + shp::kValueBytes * i) : 0.0;
     for (std::size_t n = 0; n < times; ++n) put(at_++, x, y, third, measure);
   }
+  return true;
 }
 
-void ShapeDecoder::takeParts(const shp::Record& record, const Source& from, bool isRing) {
-  if (record.numParts == 0) return;
-  ensure(record.numPoints);
+template <bool kIsRing>
+bool ShapeDecoder::takeParts(const shp::Record& record, const Source& from) {
+  const std::size_t numPoints = record.numPoints;
+  std::size_t first = record.numParts == 0 ? numPoints : shp::getLittle(record.parts);
+  if (!pointrun::areFinite(from.points, 2 * first)) return false;  // points of no part
+  ensure(numPoints + (kIsRing ? 0 : std::min<std::size_t>(record.numParts, numPoints)));
   for (std::uint32_t part = 0; part < record.numParts; ++part) {
-    const std::size_t first = shp::getLittle(record.parts + shp::kPartBytes * part);
-    const std::size_t next = part + 1 < record.numParts ? shp::getLittle(record.parts + shp::kPartBytes * (part + 1))
-                                                        : std::size_t{record.numPoints};
+    const std::size_t next =
+        part + 1 < record.numParts ? shp::getLittle(record.parts + shp::kPartBytes * (part + 1)) : numPoints;
     if (first == next) continue;
     const Source piece{from.points + shp::kPointBytes * first,
                        hasThird_ ? from.third + shp::kValueBytes * first : nullptr,
                        hasMeasures_ ? from.measures + shp::kValueBytes * first : nullptr};
-    if (hasMeasures_)
-      takePart<true, true>(piece, next - first, isRing);
-    else if (hasThird_)
-      takePart<true, false>(piece, next - first, isRing);
-    else
-      takePart<false, false>(piece, next - first, isRing);
+    if (!takePart<kIsRing>(piece, next - first)) return false;
+    first = next;
   }
+  return true;
 }
 
-namespace {
-
-// Takes the axes of a run of points apart. False when some stand twice, see pointrun.
-bool spreadPoints(const char* __restrict points, std::size_t count, double* __restrict x, double* __restrict y) {
-  for (std::size_t i = 0; i < count; ++i) {
-    std::memcpy(x + i, points + shp::kPointBytes * i, shp::kValueBytes);
-    std::memcpy(y + i, points + shp::kPointBytes * i + shp::kValueBytes, shp::kValueBytes);
+template <bool kIsRing>
+bool ShapeDecoder::takePart(const Source& from, std::size_t count) {
+  std::size_t start = at_;
+  if (!kIsRing && !makesAggregates_ && at_ > 0) {
+    // The break between two parts of a line: the last coordinate stands twice.
+    ensure(at_ + 1);
+    put(at_, x_[at_ - 1], y_[at_ - 1], hasThird_ ? z_[at_ - 1] : 0.0, hasMeasures_ ? measures_[at_ - 1] : 0.0);
+    ++start;
   }
-  return pointrun::hasNoRepeats(x, y, count);
+  bool isFinite = true;
+  if (!takePlainPart<kIsRing>(from, count, start, isFinite) && isFinite) [[unlikely]]
+    takeOddPart<kIsRing>(from, count, start);
+  return isFinite;
 }
 
-}  // namespace
+// Nearly every part: nothing to drop, to add or to close. False: another kind of part, of which nothing was taken.
+template <bool kIsRing>
+bool ShapeDecoder::takePlainPart(const Source& from, std::size_t count, std::size_t start, bool& isFinite) {
+  constexpr std::size_t kFewest = kIsRing ? kFewestRingPoints : 2;
+  if (count < kFewest || count > size_ - start) [[unlikely]] {
+    isFinite = pointrun::areFinite(from.points, 2 * count);
+    return false;
+  }
+  double* const x = x_ + start;
+  double* const y = y_ + start;
+  const pointrun::Seen seen = pointrun::spread<kIsRing>(from.points, count, x, y);
+  isFinite = seen.isFinite;
+  if (!isPlain<kIsRing>(seen, x, y, count)) return false;
+  if (hasThird_) std::memcpy(z_ + start, from.third, shp::kValueBytes * count);
+  if (hasMeasures_) std::memcpy(measures_.data() + start, from.measures, shp::kValueBytes * count);
+  if (makesAggregates_) parts_.push_back({.first = start, .count = count});
+  at_ = start + count;
+  return true;
+}
 
-template <bool kThird, bool kMeasure>
-void ShapeDecoder::takePart(Source from, std::size_t count, bool isRing) {
-  if constexpr (!kThird && !kMeasure) {
-    // Nearly every ring: nothing to drop, to add or to close.
-    if (isRing && count >= 4 && at_ + count <= size_ && spreadPoints(from.points, count, x_ + at_, y_ + at_) &&
-        isSame(x_[at_], y_[at_], x_[at_ + count - 1], y_[at_ + count - 1])) [[likely]] {
-      if (makesAggregates_) parts_.push_back({.first = at_, .count = count});
-      at_ += count;
-      return;
-    }
-  }
-  ensure(at_ + count + 1);
-  // The break between two parts of a line: the last coordinate stands twice.
-  if (!isRing && !makesAggregates_ && at_ > 0) {
-    put(at_, x_[at_ - 1], y_[at_ - 1], kThird ? z_[at_ - 1] : 0.0, kMeasure ? measures_[at_ - 1] : 0.0);
-    ++at_;
-  }
-  const std::size_t start = at_;
+// Any part, coordinate by coordinate.
+template <bool kIsRing>
+void ShapeDecoder::takeOddPart(const Source& from, std::size_t count, std::size_t start) {
+  ensure(start + count + 1);
+  const auto third = [&](std::size_t i) { return hasThird_ ? shp::getReal(from.third + shp::kValueBytes * i) : 0.0; };
+  const auto measure = [&](std::size_t i) {
+    return hasMeasures_ ? shp::getReal(from.measures + shp::kValueBytes * i) : 0.0;
+  };
+  const auto repeat = [this](std::size_t to, std::size_t coordinate) {
+    put(to, x_[coordinate], y_[coordinate], hasThird_ ? z_[coordinate] : 0.0,
+        hasMeasures_ ? measures_[coordinate] : 0.0);
+  };
   const double firstX = shp::getReal(from.points);
   const double firstY = shp::getReal(from.points + shp::kValueBytes);
   double lastX = kNoZ;  // equals nothing
   double lastY = kNoZ;
   std::size_t at = start;
-  double* x = x_;
-  double* y = y_;
   for (std::size_t i = 0; i < count; ++i) {
-    const double thisX = shp::getReal(from.points + shp::kPointBytes * i);
-    const double thisY = shp::getReal(from.points + shp::kPointBytes * i + shp::kValueBytes);
-    if (isSame(thisX, thisY, lastX, lastY)) continue;
-    if (isSame(lastX, lastY, firstX, firstY) && isRing && at > start + 1) [[unlikely]] {
+    const double x = shp::getReal(from.points + shp::kPointBytes * i);
+    const double y = shp::getReal(from.points + shp::kPointBytes * i + shp::kValueBytes);
+    if (isSame(x, y, lastX, lastY)) continue;
+    if (kIsRing && isSame(lastX, lastY, firstX, firstY) && at > start + 1) [[unlikely]] {
       // The ring comes back to its first point and goes on: that point stands twice.
       ensure(at + count - i + 2);
-      x = x_;
-      y = y_;
-      put(at, lastX, lastY, kThird ? z_[at - 1] : 0.0, kMeasure ? measures_[at - 1] : 0.0);
+      repeat(at, at - 1);
       ++at;
     }
-    x[at] = thisX;
-    y[at] = thisY;
-    if constexpr (kThird) z_[at] = shp::getReal(from.third + shp::kValueBytes * i);
-    if constexpr (kMeasure) measures_[at] = shp::getReal(from.measures + shp::kValueBytes * i);
-    ++at;
-    lastX = thisX;
-    lastY = thisY;
+    put(at++, x, y, third(i), measure(i));
+    lastX = x;
+    lastY = y;
   }
-  if (isRing && !(lastX == firstX && lastY == firstY && at > start + 1)) {
-    put(at, firstX, firstY, kThird ? z_[start] : 0.0, kMeasure ? measures_[start] : 0.0);
-    ++at;
-  }
-  if (isRing && at - start <= 3) {
+  if (kIsRing && !(isSame(lastX, lastY, firstX, firstY) && at > start + 1)) repeat(at++, start);
+  if (kIsRing && at - start <= 3) {
     skippedRings_.push_back(static_cast<std::uint32_t>(count));
     return;
   }

@@ -20,9 +20,13 @@ class ShapeDecoder {
 
   // 3 when the record has z, or measures in place of it.
   static int dimensionOf(const shp::Record& record);
-  // Fills an empty feature of that dimension. False: a coordinate is infinite or, except in a point, no number. A
-  // point that is no number gives a feature without coordinates, as a null shape does.
+  // Fills a feature of that dimension without attributes; what coordinates it has go. False: a coordinate is infinite
+  // or, except in a point, no number. A point that is no number gives a feature without coordinates, as a null shape
+  // does.
   bool decode(const shp::Record& record, VEXFeature& feature);
+  // The same for shp::findSingleRing()'s points and a feature of dimension 2, when there is nothing to drop, to add or
+  // to close. False: decode() has to look closer.
+  static bool decodePlainRing(const shp::Points& points, VEXFeature& feature);
   // Stored point counts of the rings that were left out of the last area: fewer than three edges.
   const std::vector<std::uint32_t>& skippedRings() const { return skippedRings_; }
 
@@ -32,13 +36,24 @@ class ShapeDecoder {
     const char* third;
     const char* measures;
   };
+  void start(VEXFeature& feature);
   bool decodePoint(const Source& from);
-  void decodePoints(const Source& from, std::size_t count);
-  template <bool kThird, bool kMeasure>
-  void takePart(Source from, std::size_t count, bool isRing);
-  void takeParts(const shp::Record& record, const Source& from, bool isRing);
+  bool decodePoints(const Source& from, std::size_t count);
+  // False: a coordinate is infinite or no number.
+  template <bool kIsRing>
+  bool takeParts(const shp::Record& record, const Source& from);
+  template <bool kIsRing>
+  bool takePart(const Source& from, std::size_t count);
+  template <bool kIsRing>
+  bool takePlainPart(const Source& from, std::size_t count, std::size_t start, bool& isFinite);
+  template <bool kIsRing>
+  void takeOddPart(const Source& from, std::size_t count, std::size_t start);
   void put(std::size_t at, double x, double y, double third, double measure);
-  void ensure(std::size_t count);
+  void ensure(std::size_t count) {  // makes room for `count` coordinates in all
+    if (count > size_) [[unlikely]]
+      grow(count);
+  }
+  void grow(std::size_t count);
   void gatherLines();
   void gatherRings();
   void gatherPoints();

@@ -1,25 +1,78 @@
 #include "vex/shape/shpparts.h"
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
 #include <cmath>
 
-#include "vex/shape/pointrun.h"
 #include "vex/shape/shpcodec.h"
+#include "vex/src/pointrun.h"
 
 using pointrun::isSame;
 
 namespace {
 
-bool isFiniteRun(const double* values, std::size_t count) {
-  std::uint64_t overflow = 0;
-  for (std::size_t i = 0; i < count; ++i)
-    overflow |= (std::bit_cast<std::uint64_t>(values[i]) & ~(std::uint64_t{1} << 63)) + (std::uint64_t{1} << 52);
-  return overflow >> 63 == 0;
+using pointrun::both;
+using pointrun::Mask;
+using pointrun::Pair;
+using pointrun::pairAt;
+
+// Twice the area of a run of points that begins a ring, added up point by point; `lastDx` gives how far the last point
+// is from the first.
+double sumInOrder(const double* xs, const double* ys, std::size_t count, double& lastDx) {
+  double sum = 0.0;
+  lastDx = 0.0;
+  for (std::size_t i = 1; i < count; ++i) {
+    const double dx = xs[i] - xs[0];
+    sum += (dx + lastDx) * (ys[i] - ys[i - 1]);
+    lastDx = dx;
+  }
+  return sum;
 }
 
 }  // namespace
+
+// The summands are those of sumInOrder(), two at a time, but not added in order. A sum in any order is off by
+// count * 2^-53 of all magnitudes at most, and each of the count summands is within twice the box's area, so that two
+// orders differ by no more than count^2 * 2^-51 box areas. What is nearer to zero than that, or not finite, is not
+// plain: any coordinate that is no finite number makes the sum none.
+bool measurePlainRing(const double* xs, const double* ys, std::size_t count, PlainRing& ring) {
+  const Pair x0 = both(xs[0]);
+  Pair minX = x0, maxX = x0, minY = both(ys[0]), maxY = minY;
+  Pair sums{};
+  Mask same{};
+  Mask numFirst{};  // with the x of the first; counts downward
+  const auto summand = [&](Pair x, Pair y, Pair lastX, Pair lastY) {
+    same |= pointrun::equal(x, lastX);
+    minX = pointrun::lesser(minX, x);
+    maxX = pointrun::greater(maxX, x);
+    minY = pointrun::lesser(minY, y);
+    maxY = pointrun::greater(maxY, y);
+    return ((x - x0) + (lastX - x0)) * (y - lastY);
+  };
+  std::size_t i = 1;
+  for (; i + 1 < count; i += 2) {
+    numFirst += pointrun::equal(pairAt(xs + i), x0);
+    sums += summand(pairAt(xs + i), pairAt(ys + i), pairAt(xs + i - 1), pairAt(ys + i - 1));
+  }
+  const long long numExpected = i < count ? 0 : 1;  // the last one is, but was it among the pairs?
+  if (i < count) sums[0] += summand(both(xs[i]), both(ys[i]), both(xs[i - 1]), both(ys[i - 1]))[0];
+  ShapeExtent box{std::min(minX[0], minX[1]), std::min(minY[0], minY[1]), std::max(maxX[0], maxX[1]),
+                  std::max(maxY[0], maxY[1])};
+  const double sum = sums[0] + sums[1];
+  const double points = static_cast<double>(count);
+  const double bound = (box.maxX - box.minX) * (box.maxY - box.minY) * (points * points);
+  if (!(std::fabs(sum) > bound * 0x1p-50)) return false;
+  if (pointrun::any(same) && pointrun::findRepeat(xs, ys, 1, count) < count) return false;
+  if (numFirst[0] + numFirst[1] != -numExpected && pointrun::findSame(xs, ys, 1, count - 1, xs[0], ys[0]) < count - 1)
+    return false;
+  // Of 0.0 and -0.0 a box keeps the one that came first.
+  if (!(std::fabs(box.minX * box.maxX * box.minY * box.maxY) > 0.0)) [[unlikely]] {
+    box = ShapeExtent();
+    for (i = 0; i < count; ++i) box.add(xs[i], ys[i]);
+  }
+  ring = {box, sum / 2.0};
+  return true;
+}
 
 void ShapeParts::start(const VEXFeature& feature) {
   x_ = feature.xs().data();
@@ -30,9 +83,8 @@ void ShapeParts::start(const VEXFeature& feature) {
   extent_ = ShapeExtent();
   isFinite_ = true;
   numPoints_ = 0;
-  hasRepeats_ = hasDropped_ = false;
+  hasRepeats_ = hasDropped_ = hasRoughAreas_ = false;
   parts_.clear();
-  areas_.clear();
 }
 
 bool ShapeParts::loadMeasures(std::string_view text) {
@@ -61,20 +113,18 @@ void ShapeParts::addExtent(std::size_t first, std::size_t count) {
   ShapeExtent extent = extent_;
   for (std::size_t i = first; i < first + count; ++i) extent.add(x_[i], y_[i]);
   extent_ = extent;
-  isFinite_ = isFinite_ && isFiniteRun(x_ + first, count) && isFiniteRun(y_ + first, count);
+  isFinite_ = isFinite_ && pointrun::areFinite(x_ + first, count) && pointrun::areFinite(y_ + first, count);
 }
 
 void ShapeParts::addLines(std::size_t first, std::size_t count) {
   if (count == 0) return;
   addExtent(first, count);
-  std::size_t start = first;
   const std::size_t end = first + count;
-  for (std::size_t i = start + 1; i < end; ++i) {
-    if (!isSame(x_[i], y_[i], x_[i - 1], y_[i - 1])) continue;
-    push({.first = start, .count = i - start});
-    start = ++i;
+  for (std::size_t start = first; start < end;) {
+    const std::size_t repeat = pointrun::findRepeat(x_, y_, start + 1, end);
+    push({.first = start, .count = repeat - start});
+    start = repeat + 1;
   }
-  if (start < end) push({.first = start, .count = end - start});
 }
 
 void ShapeParts::addPoints(std::size_t first, std::size_t count, bool standTwice) {
@@ -85,95 +135,91 @@ void ShapeParts::addPoints(std::size_t first, std::size_t count, bool standTwice
   }
 }
 
-// One ring in which nothing stands twice, which is what nearly every feature brings.
 bool ShapeParts::addPlainRing(std::size_t first, std::size_t count) {
-  const double* const xs = x_ + first;
-  const double* const ys = y_ + first;
-  if (count < 4 || !isSame(xs[0], ys[0], xs[count - 1], ys[count - 1])) return false;
-  double minX = xs[0], maxX = xs[0], minY = ys[0], maxY = ys[0];
-  double sum = 0.0;  // twice the area, from the first point
-  double lastDx = 0.0;
-  for (std::size_t i = 1; i < count; ++i) {
-    const double dx = xs[i] - xs[0];
-    sum += (dx + lastDx) * (ys[i] - ys[i - 1]);
-    lastDx = dx;
-    minX = xs[i] < minX ? xs[i] : minX;
-    maxX = xs[i] > maxX ? xs[i] : maxX;
-    minY = ys[i] < minY ? ys[i] : minY;
-    maxY = ys[i] > maxY ? ys[i] : maxY;
-  }
-  if (!std::isfinite(sum) || !pointrun::hasNoRepeats(xs, ys, count)) return false;
-  extent_.add(minX, minY);
-  extent_.add(maxX, maxY);
-  push({.first = first, .count = count});
-  areas_.push_back(sum / 2.0);
+  PlainRing ring;
+  if (!measurePlainRing(x_ + first, y_ + first, count, ring)) return false;
+  extent_.add(ring.box);
+  push({.first = first, .count = count, .area = ring.area});
+  hasRoughAreas_ = true;
   return true;
 }
 
-// The loop over the coordinates is the hot one: ring, box, area and repeats come out of it together.
 void ShapeParts::addRings(std::size_t first, std::size_t count) {
-  if (addPlainRing(first, count)) return;
   const std::size_t end = first + count;
-  const double* const xs = x_;
-  const double* const ys = y_;
-  ShapeExtent extent = extent_;
   for (std::size_t start = first; start < end;) {
-    const double x0 = xs[start];
-    const double y0 = ys[start];
-    extent.add(x0, y0);
-    double lastX = x0;
-    double lastY = y0;
-    double lastDx = 0.0;
-    double sum = 0.0;  // twice the area, from the first point
-    bool isClosed = false;
-    bool repeats = false;
-    std::size_t at = start + 1;
-    for (; at < end; ++at) {
-      const double x = xs[at];
-      const double y = ys[at];
-      const double dx = x - x0;
-      sum += (dx + lastDx) * (y - lastY);
-      if (isSame(x, y, x0, y0)) {
-        isClosed = true;
-        break;
-      }
-      if (isSame(x, y, lastX, lastY)) repeats = true;
-      extent.add(x, y);
-      lastX = x;
-      lastY = y;
-      lastDx = dx;
-    }
-    const std::size_t edges = isClosed ? at - start : end - start;
-    if (!std::isfinite(sum)) [[unlikely]]
-      isFinite_ = isFinite_ && isFiniteRun(xs + start, edges) && isFiniteRun(ys + start, edges);
-    if (edges >= 3) {
-      if (!isClosed) sum += lastDx * (y0 - lastY);
-      push({.first = start, .count = isClosed ? edges + 1 : edges, .closes = !isClosed});
-      areas_.push_back(sum / 2.0);
-      hasRepeats_ |= repeats;
-      start = isClosed ? at + 1 : end;
-    } else {
-      // Too few edges: a first coordinate that stands twice, a spike, or an end without a ring.
-      hasDropped_ |= !isClosed || edges == 2;
-      start = !isClosed ? end : edges == 1 ? at : at + 1;
-    }
+    const std::size_t closing = pointrun::findSame(x_, y_, start + 1, end, x_[start], y_[start]);
+    if (closing < end && closing - start >= 3 && addPlainRing(start, closing + 1 - start)) [[likely]]
+      start = closing + 1;
+    else
+      start = addAnyRing(start, end);
   }
-  extent_ = extent;
+}
+
+// Ring, box, area and repeats come out of one loop. Gives where the next ring begins.
+std::size_t ShapeParts::addAnyRing(std::size_t start, std::size_t end) {
+  const double x0 = x_[start];
+  const double y0 = y_[start];
+  extent_.add(x0, y0);
+  double lastX = x0;
+  double lastY = y0;
+  double lastDx = 0.0;
+  double sum = 0.0;  // twice the area, from the first point
+  bool isClosed = false;
+  bool repeats = false;
+  std::size_t at = start + 1;
+  for (; at < end; ++at) {
+    const double x = x_[at];
+    const double y = y_[at];
+    const double dx = x - x0;
+    sum += (dx + lastDx) * (y - lastY);
+    if (isSame(x, y, x0, y0)) {
+      isClosed = true;
+      break;
+    }
+    if (isSame(x, y, lastX, lastY)) repeats = true;
+    extent_.add(x, y);
+    lastX = x;
+    lastY = y;
+    lastDx = dx;
+  }
+  const std::size_t edges = isClosed ? at - start : end - start;
+  if (!std::isfinite(sum)) [[unlikely]]
+    isFinite_ = isFinite_ && pointrun::areFinite(x_ + start, edges) && pointrun::areFinite(y_ + start, edges);
+  if (edges < 3) {
+    // Too few edges: a first coordinate that stands twice, a spike, or an end without a ring.
+    hasDropped_ |= !isClosed || edges == 2;
+    return !isClosed ? end : edges == 1 ? at : at + 1;
+  }
+  if (!isClosed) sum += lastDx * (y0 - lastY);
+  push({.first = start, .count = isClosed ? edges + 1 : edges, .area = sum / 2.0, .closes = !isClosed});
+  hasRepeats_ |= repeats;
+  return isClosed ? at + 1 : end;
+}
+
+// Of several rings the areas are compared: there they are to the last bit what adding in order gives.
+void ShapeParts::settleAreas() {
+  for (ShapePart& part : parts_) {
+    const double* const ys = y_ + part.first;
+    double lastDx = 0.0;
+    double sum = sumInOrder(x_ + part.first, ys, part.count, lastDx);
+    if (part.closes) sum += lastDx * (ys[0] - ys[part.count - 1]);
+    part.area = sum / 2.0;
+  }
 }
 
 bool ShapeParts::settleRings() {
+  if (hasRoughAreas_ && parts_.size() > 1) settleAreas();
   if (hasRepeats_) dropRepeats();
   if (hasDropped_) {
     extent_ = ShapeExtent();
     for (const ShapePart& part : parts_) addExtent(part.first, part.count);
   }
   if (parts_.size() == 1) [[likely]] {
-    parts_[0].isReversed = areas_[0] > 0.0;
+    parts_[0].isReversed = parts_[0].area > 0.0;
     return true;
   }
   rings_.clear();
-  for (std::size_t i = 0; i < parts_.size(); ++i)
-    rings_.push_back({.first = parts_[i].first, .count = parts_[i].count, .area = areas_[i]});
+  for (const ShapePart& part : parts_) rings_.push_back({.first = part.first, .count = part.count, .area = part.area});
   if (!ringOrder_.order({x_, numCoords_}, {y_, numCoords_}, rings_)) return false;
   for (std::size_t i = 0; i < parts_.size(); ++i)
     parts_[i].isReversed = rings_[i].isHole() ? rings_[i].area < 0.0 : rings_[i].area > 0.0;
@@ -204,10 +250,8 @@ void ShapeParts::copyCoordinates(std::size_t extra) {
 void ShapeParts::dropRepeats() {
   copyCoordinates(0);
   std::vector<ShapePart> kept;
-  std::vector<double> keptAreas;
   numPoints_ = 0;
-  for (std::size_t p = 0; p < parts_.size(); ++p) {
-    ShapePart part = parts_[p];
+  for (ShapePart part : parts_) {
     std::size_t used = part.first;
     for (std::size_t i = part.first + 1; i < part.first + part.count; ++i) {
       if (copyX_[i] == copyX_[used] && copyY_[i] == copyY_[used]) continue;
@@ -221,11 +265,9 @@ void ShapeParts::dropRepeats() {
     hasDropped_ |= part.numPoints() < 4;
     if (part.numPoints() < 4) continue;
     kept.push_back(part);
-    keptAreas.push_back(areas_[p]);
     numPoints_ += part.numPoints();
   }
   parts_ = std::move(kept);
-  areas_ = std::move(keptAreas);
 }
 
 bool ShapeParts::insertMidpointBefore(std::size_t secondPartIndex) {

@@ -16,6 +16,7 @@
 struct ShapePart {
   std::size_t first = 0;
   std::size_t count = 0;  // coordinates of the source
+  double area = 0.0;      // of a ring: positive when it runs counter-clockwise
   bool closes = false;    // the first one is written again behind the last
   bool isReversed = false;
 
@@ -36,11 +37,22 @@ struct ShapeExtent {
     maxY = y > maxY ? y : maxY;
   }
   void add(const ShapeExtent& other) {
-    add(other.minX, other.minY);
-    add(other.maxX, other.maxY);
+    minX = other.minX < minX ? other.minX : minX;
+    minY = other.minY < minY ? other.minY : minY;
+    maxX = other.maxX > maxX ? other.maxX : maxX;
+    maxY = other.maxY > maxY ? other.maxY : maxY;
   }
   bool isEmpty() const { return !(minX <= maxX); }
 };
+
+struct PlainRing {
+  ShapeExtent box;
+  double area = 0.0;  // its sign is right, its last bits are not those that adding in order gives
+};
+
+// Measures four coordinates or more, the last equal to the first, that are one ring in which nothing stands twice: what
+// nearly every feature brings. False: they are not, or not all are numbers, or the area may well be zero.
+bool measurePlainRing(const double* xs, const double* ys, std::size_t count, PlainRing& ring);
 
 class ShapeParts {
  public:
@@ -76,6 +88,8 @@ class ShapeParts {
  private:
   void addExtent(std::size_t first, std::size_t count);
   bool addPlainRing(std::size_t first, std::size_t count);  // false: not as plain as that
+  std::size_t addAnyRing(std::size_t start, std::size_t end);
+  void settleAreas();
   void push(const ShapePart& part) {
     parts_.push_back(part);
     numPoints_ += part.numPoints();
@@ -91,10 +105,10 @@ class ShapeParts {
   ShapeExtent extent_;
   bool isFinite_ = true;
   std::size_t numPoints_ = 0;
-  bool hasRepeats_ = false;  // in a ring
-  bool hasDropped_ = false;  // a ring: the box may be too large
+  bool hasRepeats_ = false;     // in a ring
+  bool hasDropped_ = false;     // a ring: the box may be too large
+  bool hasRoughAreas_ = false;  // those of plain rings
   std::vector<ShapePart> parts_;
-  std::vector<double> areas_;  // of the parts that are rings
   std::vector<ShapeRing> rings_;
   ShapeRingOrder ringOrder_;
   std::vector<double> measures_;

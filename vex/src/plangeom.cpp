@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "vex/src/pointrun.h"
+
 namespace {
 
 double lesser(double a, double b) {
@@ -67,12 +69,45 @@ VEXBox boxOf(VEXOrdinates xs, VEXOrdinates ys) {
   return box;
 }
 
-double signedRingArea(VEXOrdinates xs, VEXOrdinates ys) {
-  if (xs.size() < 3) return 0.0;
+namespace {
+
+using pointrun::Mask;
+using pointrun::Pair;
+using pointrun::pairAt;
+
+// The area of three coordinates or more, the summands of two edges made at once and added one after the other, which
+// settles the last bits. `numFirst` counts downward how often the first x comes again on the edges taken in pairs.
+template <bool kCounts>
+double addUpArea(const double* x, const double* y, std::size_t count, Mask& numFirst) {
+  const Pair x0 = pointrun::both(x[0]);
+  const Pair y0 = pointrun::both(y[0]);
   double sum = 0.0;
-  const double y0 = ys[0];
-  for (std::size_t i = 0; i + 1 < xs.size(); ++i) sum += xs[i] * (ys[i + 1] - y0) - xs[i + 1] * (ys[i] - y0);
+  std::size_t i = 0;
+  for (; i + 2 < count; i += 2) {
+    const Pair nextX = pairAt(x + i + 1);
+    if constexpr (kCounts) numFirst += pointrun::equal(nextX, x0);
+    const Pair summands = pairAt(x + i) * (pairAt(y + i + 1) - y0) - nextX * (pairAt(y + i) - y0);
+    sum += summands[0];
+    sum += summands[1];
+  }
+  if (i + 1 < count) sum += x[i] * (y[i + 1] - y[0]) - x[i + 1] * (y[i] - y[0]);
   return sum / 2.0;
+}
+
+}  // namespace
+
+double signedRingArea(VEXOrdinates xs, VEXOrdinates ys) {
+  Mask ignored{};
+  return xs.size() < 3 ? 0.0 : addUpArea<false>(xs.data(), ys.data(), xs.size(), ignored);
+}
+
+bool singleRingArea(VEXOrdinates xs, VEXOrdinates ys, double& area) {
+  const std::size_t count = xs.size();
+  if (count < 4 || !pointrun::isSame(xs[0], ys[0], xs[count - 1], ys[count - 1])) return false;
+  Mask numFirst{};
+  area = addUpArea<true>(xs.data(), ys.data(), count, numFirst);
+  // The last coordinate is among the pairs when the edges are even in number.
+  return numFirst[0] + numFirst[1] == (count % 2 == 1 ? -1 : 0);
 }
 
 double ringArea(VEXOrdinates xs, VEXOrdinates ys) {

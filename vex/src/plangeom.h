@@ -29,6 +29,8 @@ VEXBox boxOf(VEXOrdinates xs, VEXOrdinates ys);
 // The signed area of a ring, positive when it runs counter-clockwise; 0 for fewer than 3 coordinates. Taken
 // relative to its first y, which keeps the rounding error small far from the origin.
 double signedRingArea(VEXOrdinates xs, VEXOrdinates ys);
+// The same for coordinates that may be several rings. False: the first point may stand elsewhere than at the end.
+bool singleRingArea(VEXOrdinates xs, VEXOrdinates ys, double& area);
 double ringArea(VEXOrdinates xs, VEXOrdinates ys);
 bool isRingClockwise(VEXOrdinates xs, VEXOrdinates ys);
 // Half-open rule: a point on an edge belongs to one side only; a point equal to a vertex is inside.

@@ -1,6 +1,7 @@
 #include "vex/inc/vexfeat.h"
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
 
 #include "vex/inc/vexassert.h"
@@ -10,10 +11,13 @@
 
 namespace {
 
+const VEXName kGeometry = VEXName::intern("orv_geometry");
+
 struct GeometryName {
   std::uint32_t code;
-  const char* name;
+  std::string_view name;
 };
+// The code of each row but the first is 1 << (row - 1).
 constexpr GeometryName kGeometryNames[] = {
     {VEX_GEOM_UNDEFINED, "orv_undefined"},
     {VEX_GEOM_POINT, "orv_point"},
@@ -29,16 +33,16 @@ constexpr GeometryName kGeometryNames[] = {
 };
 
 const GeometryName* findGeometry(std::uint32_t code) {
-  for (const GeometryName& row : kGeometryNames)
-    if (row.code == code) return &row;
-  return nullptr;
+  if (code == VEX_GEOM_UNDEFINED) return &kGeometryNames[0];
+  if (!std::has_single_bit(code) || code > VEX_GEOM_AGGREGATE) return nullptr;
+  return &kGeometryNames[std::countr_zero(code) + 1];
 }
 
 // Cuts a capacity that is far above its use. A capacity within a small factor stays: a recycled feature grows
 // into it again without allocating.
-void trim(std::vector<double>& coords) {
-  constexpr std::size_t kKept = 65536;
-  if (coords.capacity() > kKept && coords.capacity() / 4 > coords.size()) coords.shrink_to_fit();
+void trim(std::vector<double>& coords, std::size_t kept) {
+  if (coords.capacity() <= kept) return;
+  if (coords.capacity() / 4 > coords.size()) coords.shrink_to_fit();
 }
 
 }  // namespace
@@ -55,7 +59,6 @@ VEXFeature::VEXFeature(int dimension, std::size_t numCoords) : dimension_(dimens
 }
 
 void VEXFeature::setGeomType(std::uint32_t code) {
-  static const VEXName kGeometry = VEXName::intern("orv_geometry");
   const GeometryName* known = findGeometry(code);
   const GeometryName& row = known != nullptr ? *known : kGeometryNames[0];
   geomType_ = known != nullptr ? code : static_cast<std::uint32_t>(VEX_GEOM_UNDEFINED);
@@ -73,7 +76,7 @@ bool VEXFeature::isKnownGeomType(std::uint32_t code) {
 
 const char* VEXFeature::geomTypeName(std::uint32_t code) {
   const GeometryName* row = findGeometry(code);
-  return row != nullptr ? row->name : kGeometryNames[0].name;
+  return row != nullptr ? row->name.data() : kGeometryNames[0].name.data();
 }
 
 void VEXFeature::setDimension(int dimension) {
@@ -103,10 +106,10 @@ void VEXFeature::resetCoords() {
   std::fill(std::begin(missing_), std::end(missing_), 0);
 }
 
-void VEXFeature::trimCoords() {
-  trim(xCoord_);
-  trim(yCoord_);
-  trim(zCoord_);
+void VEXFeature::cutCapacity() {
+  trim(xCoord_, kKeptCapacity);
+  trim(yCoord_, kKeptCapacity);
+  trim(zCoord_, kKeptCapacity);
 }
 
 VEXLine VEXFeature::buildLine() const {
@@ -149,13 +152,23 @@ VEXStatus VEXFeature::setLine(VEXLine&& line) {
 }
 
 void VEXFeature::reset(int dimension, std::size_t numCoords) {
+  resetAllButCoords(dimension);
+  resetCoords();
+  if (numCoords > 0) reserveCoords(numCoords);
+}
+
+void VEXFeature::resetForFilling(int dimension) {
+  resetAllButCoords(dimension);
+  std::fill(std::begin(missing_), std::end(missing_), 0);
+  if (dimension_ == 2) zCoord_.clear();
+}
+
+void VEXFeature::resetAllButCoords(int dimension) {
   resetAttributes();
   coordSys_.clear();
-  reprojectionCommands_.clear();
+  if (!reprojectionCommands_.empty()) reprojectionCommands_.clear();
   geomType_ = VEX_GEOM_UNDEFINED;
   dimension_ = dimension == 2 ? 2 : 3;
-  resetCoords();
-  reserveCoords(numCoords);
 }
 
 void VEXFeature::cloneFrom(const VEXFeature& source) {

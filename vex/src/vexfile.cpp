@@ -112,13 +112,6 @@ VEXInputFile::Line VEXInputFile::readLine(std::string_view& line, std::size_t li
   }
 }
 
-bool VEXInputFile::readBytes(std::size_t count, std::string_view& bytes) {
-  if (count > kLongestLine || !fill(count)) return false;
-  bytes = std::string_view(buffer_.get() + at_, count);
-  at_ += count;
-  return true;
-}
-
 std::string_view VEXInputFile::peekBytes(std::size_t count) {
   fill(count);
   return std::string_view(buffer_.get() + at_, end_ - at_);
@@ -156,11 +149,6 @@ bool VEXOutputFile::open(const std::string& path, unsigned protection) {
   return fd_ >= 0;
 }
 
-void VEXOutputFile::copyIn(std::string_view bytes) {
-  std::memcpy(buffer_.get() + used_, bytes.data(), bytes.size());
-  used_ += bytes.size();
-}
-
 bool VEXOutputFile::writeOut(const char* bytes, std::size_t count) {
   while (count > 0 && error_ == 0) {
     ssize_t put = ::write(fd_, bytes, count);
@@ -190,12 +178,8 @@ bool VEXOutputFile::appendSlowly(std::string_view bytes) {
   return true;
 }
 
-char* VEXOutputFile::appendSpace(std::size_t count) {
-  if (count > kCapacity || fd_ < 0 || error_ != 0) return nullptr;
-  if (count > kCapacity - used_ && !flush()) return nullptr;
-  char* space = buffer_.get() + used_;
-  used_ += count;
-  return space;
+bool VEXOutputFile::makeSpace(std::size_t count) {
+  return count <= kCapacity && flush();
 }
 
 bool VEXOutputFile::patch(std::uint64_t offset, std::string_view bytes) {

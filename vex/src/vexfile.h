@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -21,6 +22,8 @@ class VEXInputFile {
   const std::string& path() const { return path_; }
   std::uint64_t size() const { return size_; }          // at the time of opening; 0 for what has no size
   std::uint64_t offset() const { return blockStart_ + at_; }  // of the next byte
+  // What is in memory ahead of the position, valid until the next call; skipBytes() moves over what was used of it.
+  std::string_view bytesAtHand() const { return {buffer_.get() + at_, end_ - at_}; }
   std::string errorText() const;
 
   enum class Line { Ok, End, TooLong, Error };
@@ -29,7 +32,13 @@ class VEXInputFile {
   Line readLine(std::string_view& line, std::size_t limit = kLongestLine);
   // Exactly `count` bytes, as a view into the buffer, valid until the next call; false when fewer are left (the
   // position stays) or on an error. `count` is at most kLongestLine.
-  bool readBytes(std::size_t count, std::string_view& bytes);
+  bool readBytes(std::size_t count, std::string_view& bytes) {
+    if (end_ - at_ < count && (count > kLongestLine || !fill(count))) [[unlikely]]
+      return false;
+    bytes = std::string_view(buffer_.get() + at_, count);
+    at_ += count;
+    return true;
+  }
   // Behind a view that readBytes gives so many bytes more may be read; they mean nothing.
   static constexpr std::size_t kSlack = 16;
   // All that is at hand ahead of the position, at least `count` bytes unless the file ends before; the position stays
@@ -76,17 +85,23 @@ class VEXOutputFile {
   }
   // The place for `count` bytes at the end, to be filled by the caller before the next call; null on an error.
   // `count` is at most kMostSpace.
-  char* appendSpace(std::size_t count);
+  char* appendSpace(std::size_t count) {
+    if ((count > kCapacity - used_ || fd_ < 0 || error_ != 0) && !makeSpace(count)) [[unlikely]]
+      return nullptr;
+    char* const space = buffer_.get() + used_;
+    used_ += count;
+    return space;
+  }
   static constexpr std::size_t kMostSpace = std::size_t{1} << 20;
   // The same for a caller who knows only how much it will be at most, and tells afterwards where it ended.
   char* openSpace(std::size_t most) {
-    if (most <= kCapacity - used_ && fd_ >= 0 && error_ == 0) [[likely]]
-      return buffer_.get() + used_;
-    if (appendSpace(most) == nullptr) return nullptr;
-    used_ -= most;
-    return buffer_.get() + used_;
+    char* const space = appendSpace(most);
+    if (space != nullptr) used_ -= most;
+    return space;
   }
   void closeSpace(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.get()); }
+  // What appendSpace() can give without writing.
+  std::size_t spaceAtHand() const { return fd_ >= 0 && error_ == 0 ? kCapacity - used_ : 0; }
   // Overwrites what was written before. A pipe has no way back: there it fails unless all is still in the buffer.
   bool patch(std::uint64_t offset, std::string_view bytes);
   std::uint64_t offset() const { return flushed_ + used_; }  // bytes written so far
@@ -97,7 +112,11 @@ class VEXOutputFile {
 
  private:
   static constexpr std::size_t kCapacity = kMostSpace;
-  void copyIn(std::string_view bytes);
+  void copyIn(std::string_view bytes) {
+    std::memcpy(buffer_.get() + used_, bytes.data(), bytes.size());
+    used_ += bytes.size();
+  }
+  bool makeSpace(std::size_t count);
   bool appendSlowly(std::string_view bytes);
   bool writeOut(const char* bytes, std::size_t count);
 

@@ -6,6 +6,7 @@
 
 #include "vex/inc/numtext.h"
 #include "vex/inc/vexassert.h"
+#include "vex/src/pointrun.h"
 
 namespace {
 
@@ -293,12 +294,18 @@ VEXStatus VEXLine::partList(std::vector<std::size_t>& starts) {
 }
 
 // A ring ends at the first later coordinate equal to its first; one that repeats the first at once is no end.
-VEXLineRange VEXLine::ringAt(std::size_t start, std::size_t end) const {
-  auto isFirst = [&](std::size_t at) { return xCoord_[at] == xCoord_[start] && yCoord_[at] == yCoord_[start]; };
+std::size_t VEXLine::ringEnd(std::size_t start, std::size_t end) const {
+  if (start >= end) return end;
+  const double x = xCoord_[start];
+  const double y = yCoord_[start];
   std::size_t at = start + 1;
-  while (at < end && isFirst(at)) ++at;
-  while (at < end && !isFirst(at)) ++at;
-  return VEXLineRange{start, std::min(at + 1, end) - start, VEX_GEOM_POLYGON};
+  while (at < end && pointrun::isSame(xCoord_[at], yCoord_[at], x, y)) ++at;
+  at = pointrun::findSame(xCoord_, yCoord_, at, end, x, y);
+  return std::min(at + 1, end);
+}
+
+VEXLineRange VEXLine::ringAt(std::size_t start, std::size_t end) const {
+  return VEXLineRange{start, ringEnd(start, end) - start, VEX_GEOM_POLYGON};
 }
 
 void VEXLine::rings(std::vector<VEXLineRange>& ranges) const {
@@ -386,15 +393,17 @@ VEXStatus VEXLine::boundingCube(VEXBox& box) const {
 double VEXLine::areaOf(const VEXLineRange& range) const {
   if (!isAreaCode(range.code)) return 0.0;
   double area = 0.0;
+  if (singleRingArea({xCoord_ + range.first, range.count}, {yCoord_ + range.first, range.count}, area)) [[likely]]
+    return std::fabs(area);
+  area = 0.0;
   const std::size_t end = range.first + range.count;
-  for (std::size_t start = range.first; start < end;) {
-    VEXLineRange ring = ringAt(start, end);
-    double ringed = signedRingArea(xs().subspan(ring.first, ring.count), ys().subspan(ring.first, ring.count));
+  for (std::size_t start = range.first, next = start; start < end; start = next) {
+    next = ringEnd(start, end);
+    const double ringed = signedRingArea({xCoord_ + start, next - start}, {yCoord_ + start, next - start});
     if (range.code == VEX_GEOM_POLYGON)
       area += ringed;
     else
       area += range.code == VEX_GEOM_DONUT && start > range.first ? -std::fabs(ringed) : std::fabs(ringed);
-    start += ring.count;
   }
   return range.code == VEX_GEOM_POLYGON ? std::fabs(area) : area;
 }

@@ -184,6 +184,7 @@ class VEXLine {
   void runAt(std::size_t startPos, VEXLinePart& part) const;  // the same, a ring of an area as rings() has it
   void findBreak(std::size_t startPos, VEXLinePart& part) const;
   void findPartOrRing(std::size_t startPos, VEXLinePart& part) const;
+  std::size_t ringEnd(std::size_t start, std::size_t end) const;
   VEXLineRange ringAt(std::size_t start, std::size_t end) const;
   double areaOf(const VEXLineRange& range) const;
   double lengthIn(const VEXLineRange& range, bool in3D) const;

@@ -33,6 +33,14 @@ VEXFeaturePtr VEXObjectRecycler::getFeature(int dimension, std::size_t numCoords
   return feature;
 }
 
+VEXFeaturePtr VEXObjectRecycler::getFeatureToFill(int dimension) {
+  if (pool_.empty()) return VEXFeaturePtr(new VEXFeature(dimension, 0));
+  VEXFeaturePtr feature(pool_.back());
+  pool_.pop_back();
+  feature->resetForFilling(dimension);
+  return feature;
+}
+
 void VEXObjectRecycler::releaseFeature(VEXFeature*& relFeature) noexcept {
   VEX_ASSERT(relFeature != NULL);
   if (pool_.size() >= kMaxPooled) {

@@ -18,6 +18,8 @@ class VEXObjectRecycler {
 
   // A reset feature; last released is first reused.
   VEXFeaturePtr getFeature(int dimension = 2, std::size_t numCoords = 1);
+  // The same, for a reader that fills in the coordinates and sets their number: see VEXFeature::resetForFilling().
+  VEXFeaturePtr getFeatureToFill(int dimension);
   // Takes the feature and nulls the pointer.
   void releaseFeature(VEXFeature*& relFeature) noexcept;
   std::size_t pooled() const { return pool_.size(); }
