@@ -93,7 +93,7 @@ class VEXArgs {
 
 class VEXRuleCommand : public VEXCommand {
  public:
-  explicit VEXRuleCommand(const VEXCommandRule& rule) : rule_(rule) {}
+  explicit VEXRuleCommand(const VEXCommandRule& rule) : rule_(rule), takesNothing_(rule.count.accepts(0)) {}
   const char* name() const override { return rule_.name; }
   VEXStatus execute(VEXFeaturePtr& feature, const VEXStringVector& params, std::string& result) override;
   VEXStatus extract(VEXFeaturePtr& feature, const VEXStringVector& params, std::string& result) override;
@@ -109,6 +109,7 @@ class VEXRuleCommand : public VEXCommand {
 
  private:
   const VEXCommandRule& rule_;
+  const bool takesNothing_;  // a call without arguments is right, and has none to be tested
 };
 
 // "@Name(a,b,c)", as messages show a call.

@@ -7,13 +7,15 @@
 #include <unordered_map>
 #include <utility>
 
+#include "vex/src/wordscan.h"
+
 template <class Value>
 class VEXTypeMap {
  public:
   Value& operator[](const std::string& type) { return values_[type]; }
   // The value, null when there is none. Values never move.
   Value* find(std::string_view type) {
-    if (last_ != nullptr && last_->first == type) return &last_->second;
+    if (last_ != nullptr && wordscan::isSame(last_->first, type)) return &last_->second;
     auto found = values_.find(type);
     if (found == values_.end()) return nullptr;
     last_ = &*found;

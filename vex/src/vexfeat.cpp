@@ -12,7 +12,7 @@ namespace {
 
 struct GeometryName {
   std::uint32_t code;
-  const char* name;
+  std::string_view name;
 };
 constexpr GeometryName kGeometryNames[] = {
     {VEX_GEOM_UNDEFINED, "orv_undefined"},
@@ -73,7 +73,7 @@ bool VEXFeature::isKnownGeomType(std::uint32_t code) {
 
 const char* VEXFeature::geomTypeName(std::uint32_t code) {
   const GeometryName* row = findGeometry(code);
-  return row != nullptr ? row->name : kGeometryNames[0].name;
+  return (row != nullptr ? row->name : kGeometryNames[0].name).data();
 }
 
 void VEXFeature::setDimension(int dimension) {

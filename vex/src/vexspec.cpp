@@ -7,8 +7,6 @@
 
 namespace {
 
-bool transferReport = false;  // ORV_DEBUG TRANSFER_PROCESS
-
 // Names may hold any printable character; what is refused are control characters.
 bool isAttributeName(std::string_view name) {
   return std::none_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; });
@@ -16,6 +14,15 @@ bool isAttributeName(std::string_view name) {
 
 bool isSequencedName(std::string_view name) {
   return name.find('{') != std::string_view::npos || (name.size() > 6 && name.ends_with(".Class"));
+}
+
+// From the attributes that were put aside to the new ones.
+void copyDirectly(VEXFeature& feature, const VEXTransferVariable& variable) {
+  if (const VEXText* value = feature.findShelved(variable.source_, variable.place_)) {
+    if (variable.default_.empty() || *value != variable.default_) feature.setAttribute(variable.attr_, *value);
+  } else if (!variable.sourceDefault_.empty() && variable.sourceDefault_ != variable.default_) {
+    feature.setAttribute(variable.attr_, variable.sourceDefault_);
+  }
 }
 
 // A list as it travels in one variable: the mark, then the elements.
@@ -48,7 +55,7 @@ VEXStatus checkName(const std::string& name, bool& isList) {
 }  // namespace
 
 void VEXFeatureSpec::setTransferReport(bool on) {
-  transferReport = on;
+  transferReport_ = on;
 }
 
 VEXStatus VEXFeatureSpec::parse(const VEXStringVector& row, std::size_t firstToken, std::size_t lastToken) {
@@ -102,10 +109,6 @@ VEXStatus VEXFeatureSpec::addAttribute(const std::string& name, const std::strin
   return nullptr;
 }
 
-bool VEXFeatureSpec::isTypeOnly() const {
-  return useFeatureType_ && attrPaths_.empty() && transferVars_.empty() && functions_.empty() && attrFunctions_.empty();
-}
-
 void VEXFeatureSpec::collectVariables(VEXStringVector& names) const {
   for (const VEXTransferVariable& variable : transferVars_) names.push_back(variable.varName_);
   for (const auto& function : functions_) function->variables(names);
@@ -116,10 +119,40 @@ void VEXFeatureSpec::bindVariables(VEXVariableTable& variables) {
   for (VEXTransferVariable& variable : transferVars_) variable.slot_ = variables.slotOf(variable.varName_);
 }
 
-bool VEXFeatureSpec::matchesAttributes(const VEXFeature& feature) const {
-  if (useFeatureType_ && feature.featureType() != featureType_) return false;
+bool VEXFeatureSpec::hasReferences() const {
+  auto isMadeAnew = [](const VEXCommandParm& call) { return call.needsExpansion(); };
+  return std::any_of(functions_.begin(), functions_.end(), [&](const auto& call) { return isMadeAnew(*call); }) ||
+         std::any_of(attrFunctions_.begin(), attrFunctions_.end(),
+                     [&](const auto& function) { return isMadeAnew(*function.function_); });
+}
+
+// A call with references can set a variable (source row), or read it under a name that comes out of a value.
+void VEXFeatureSpec::takeFrom(VEXFeatureSpec& source) {
+  auto named = [](const std::string& name) {
+    return [&name](const VEXTransferVariable& variable) { return variable.varName_ == name; };
+  };
+  if (!useFeatureType_ || source.hasReferences()) return;
+  for (VEXTransferVariable& variable : transferVars_) {
+    auto& all = source.transferVars_;
+    auto only = std::find_if(all.begin(), all.end(), named(variable.varName_));
+    if (only == all.end() || std::count_if(only, all.end(), named(variable.varName_)) != 1) continue;
+    variable.isDirect_ = !variable.isList_ && !variable.isSequenced_ && !only->isList_;
+    variable.source_ = only->attr_;
+    variable.sourceDefault_ = only->default_;
+  }
+  if (hasReferences()) return;
+  source.capturesAny_ = false;
+  for (VEXTransferVariable& variable : source.transferVars_) {
+    variable.isDirect_ = std::none_of(transferVars_.begin(), transferVars_.end(), [&](const VEXTransferVariable& use) {
+      return use.varName_ == variable.varName_ && !use.isDirect_;
+    });
+    source.capturesAny_ |= !variable.isDirect_;
+  }
+}
+
+bool VEXFeatureSpec::hasConstants(const VEXFeature& feature) const {
   for (std::size_t i = 0; i < attrPaths_.size(); ++i) {
-    const std::string* value = feature.findAttribute(attrPaths_[i]);
+    const VEXText* value = feature.findAttribute(attrPaths_[i]);
     if (value == nullptr || *value != attrVals_[i]) return false;
   }
   return true;
@@ -127,9 +160,7 @@ bool VEXFeatureSpec::matchesAttributes(const VEXFeature& feature) const {
 
 // ---- source side ----
 
-VEXStatus VEXFeatureSpec::matches(VEXFeaturePtr& feature, VEXVariableTable& variables, bool& matched) const {
-  matched = matchesAttributes(*feature);
-  if (!matched) return nullptr;
+VEXStatus VEXFeatureSpec::extractAll(VEXFeaturePtr& feature, VEXVariableTable& variables) const {
   VEX_TRY(runFunctions(feature, variables, true));
   std::string result;
   for (auto function = attrFunctions_.begin(); function != attrFunctions_.end() && feature != nullptr; ++function) {
@@ -139,13 +170,11 @@ VEXStatus VEXFeatureSpec::matches(VEXFeaturePtr& feature, VEXVariableTable& vari
       VEX_TRY(feature->getList(function->attrName_, values, found));
       VEX_TRY(function->function_->extractList(feature, values, variables));
     } else {
-      const std::string* found = feature->findAttribute(function->attr_);
-      std::string value = found == nullptr ? std::string() : *found;
+      const VEXText* found = feature->findAttribute(function->attr_);
+      const std::string value(found == nullptr ? std::string_view() : *found);
       VEX_TRY(function->function_->extractValue(feature, value, variables, result));
     }
   }
-  capture(feature.get(), variables);
-  if (transferReport && feature != nullptr) reportIgnored(*feature);
   return nullptr;
 }
 
@@ -163,6 +192,7 @@ void VEXFeatureSpec::capture(const VEXFeature* feature, VEXVariableTable& variab
   if (feature == nullptr) return;
   std::string missing;
   for (const VEXTransferVariable& variable : transferVars_) {
+    if (variable.isDirect_ && !transferReport_) continue;
     if (variable.isList_) {
       VEXStringVector values;
       bool found = false;
@@ -171,18 +201,19 @@ void VEXFeatureSpec::capture(const VEXFeature* feature, VEXVariableTable& variab
         variables.set(variable.slot_, listText(values));
         continue;
       }
-    } else if (const std::string* value = feature->findAttribute(variable.attr_, variable.place_)) {
+    } else if (const VEXText* value = feature->findAttribute(variable.attr_, variable.place_)) {
       variables.setView(variable.slot_, *value);
       continue;
     }
     if (!variable.default_.empty())
       variables.setView(variable.slot_, variable.default_);
-    else if (transferReport)
+    else if (transferReport_)
       missing += variable.attrName_ + "(" + variable.varName_ + ") ";
   }
   if (!missing.empty())
     logMessage(VEXSeverity::Warn, 252005,
                {"Attributes not available for transfer from instance of `" + feature->featureType() + "': " + missing});
+  if (transferReport_) reportIgnored(*feature);
 }
 
 void VEXFeatureSpec::reportIgnored(const VEXFeature& feature) const {
@@ -193,7 +224,7 @@ void VEXFeatureSpec::reportIgnored(const VEXFeature& feature) const {
            std::any_of(attrFunctions_.begin(), attrFunctions_.end(), names);
   };
   std::string ignored;
-  feature.forEachAttribute([&](VEXName name, const std::string&) {
+  feature.forEachAttribute([&](VEXName name, std::string_view) {
     if (!isUsed(name)) ignored += name.text() + " ";
   });
   if (!ignored.empty())
@@ -203,7 +234,7 @@ void VEXFeatureSpec::reportIgnored(const VEXFeature& feature) const {
 // ---- destination side ----
 
 VEXStatus VEXFeatureSpec::apply(VEXFeaturePtr& feature, VEXVariableTable& variables) const {
-  const std::string oldType = transferReport ? feature->featureType() : std::string();
+  const std::string oldType = transferReport_ ? feature->featureType() : std::string();
   // Variables may look into the attribute values they were captured from. Those stay readable while the feature
   // is filled anew; where the attributes stay on the feature the values are copied first.
   if (useFeatureType_) {
@@ -216,8 +247,8 @@ VEXStatus VEXFeatureSpec::apply(VEXFeaturePtr& feature, VEXVariableTable& variab
   if (useFeatureType_) feature->setFeatureType(featureType_);
   std::string missing;
   VEX_TRY(setFromVariables(*feature, variables, missing));
-  VEX_TRY(setFromFunctions(feature, variables));
-  VEX_TRY(runFunctions(feature, variables, false));
+  if (!attrFunctions_.empty()) VEX_TRY(setFromFunctions(feature, variables));
+  if (!functions_.empty()) VEX_TRY(runFunctions(feature, variables, false));
   if (!missing.empty())
     logMessage(
         VEXSeverity::Warn, 252004,
@@ -229,8 +260,12 @@ VEXStatus VEXFeatureSpec::setFromVariables(VEXFeature& feature, const VEXVariabl
                                            std::string& missing) const {
   std::string_view value;
   for (const VEXTransferVariable& variable : transferVars_) {
+    if (variable.isDirect_ && !transferReport_) {
+      copyDirectly(feature, variable);
+      continue;
+    }
     if (!variables.get(variable.slot_, value)) {
-      if (transferReport) missing += variable.attrName_ + "(" + variable.varName_ + ") ";
+      if (transferReport_) missing += variable.attrName_ + "(" + variable.varName_ + ") ";
       continue;
     }
     // A value that equals the default is carried by absence.
