@@ -49,7 +49,7 @@ class VEXAttributeTable {
     if (text != nullptr) [[likely]]
       text->assign(value);
     else
-      set(name, value.view());
+      setAnew(name, value);
   }
   bool remove(VEXName name);
   void clear() {
@@ -81,12 +81,16 @@ class VEXAttributeTable {
     return used_ < linked_ && slots_[used_].name == name ? &slots_[used_++].value : nullptr;
   }
   void store(VEXText& text, std::string_view value) {
-    text.assign(value);
-    if (value.size() > VEXText::kShort) [[unlikely]] hasLarge_ |= text.hasLargeBuffer();
+    if (value.size() <= VEXText::kShort) [[likely]]
+      text.assign(value);
+    else
+      storeLong(text, value);
   }
-  void setAnew(VEXName name, std::string_view value);
+  // The slow ways are kept out of the fast ones, which are inlined.
+  [[gnu::noinline]] void storeLong(VEXText& text, std::string_view value);
+  [[gnu::noinline]] void setAnew(VEXName name, std::string_view value);
+  [[gnu::noinline]] const VEXText* findAnew(VEXName name, std::uint32_t& place) const;
   VEXText& findOrAdd(VEXName name);
-  const VEXText* findAnew(VEXName name, std::uint32_t& place) const;
   void tidy();
   void rebuild(std::size_t numBuckets);
   void unlinkAll();
@@ -162,8 +166,13 @@ class VEXObject {
   std::string pairs(std::string_view prefix) const;
 
   // ---- the whole object ----
-  const std::string& featureType() const { return featureType_; }
-  void setFeatureType(std::string_view type) { featureType_.assign(type); }
+  const std::string& featureType() const { return *featureType_; }
+  void setFeatureType(std::string_view type) {
+    ownType_.assign(type);
+    featureType_ = &ownType_;
+  }
+  // The same for a type that a mapping file or a table names once for many objects: nothing is copied.
+  void setFeatureType(VEXName type) { featureType_ = &type.text(); }
   void resetAttributes();   // table, sequence and type; buckets are kept
   void clearAttributes() {  // table and sequence; the type stays
     attributes_->clear();
@@ -190,7 +199,8 @@ class VEXObject {
   VEXAttributeTable* attributes_ = &tables_[0];
   VEXAttributeTable* shelf_ = &tables_[1];
   std::vector<VEXName> sequencedAttrNames_;
-  std::string featureType_;
+  std::string ownType_;
+  const std::string* featureType_ = &ownType_;  // or the text of an interned name
 };
 
 // One name that is looked for in many objects of one kind: a column that is written.
@@ -207,6 +217,12 @@ class VEXColumn {
   VEXName name_;
   std::uint32_t place_ = 0;
 };
+
+// The values of all columns; `row` has as many places.
+inline void valuesOf(const VEXObject& object, std::span<VEXColumn> columns, std::span<std::string_view> row) {
+  std::string_view* value = row.data();
+  for (VEXColumn& column : columns) *value++ = column.valueIn(object);
+}
 
 // Replaces the characters that a file name, or an identifier, cannot hold by "_".
 std::string fileNameForm(std::string_view text);

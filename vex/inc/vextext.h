@@ -74,7 +74,7 @@ class VEXText {
     size_ = value.size();
     short_[size_] = '\0';
   }
-  void setLong(std::string_view value);
+  [[gnu::noinline]] void setLong(std::string_view value);  // inlined, it would make the short way slow
 
   std::size_t size_ = 0;
   std::unique_ptr<std::string> long_;  // holds the text when it is longer than kShort

@@ -203,9 +203,8 @@ VEXStatus VEXCommandParm::execute(VEXFeaturePtr& feature, VEXVariableTable& tabl
   VEX_ASSERT(feature != NULL);
   NestingGuard guard;
   result.clear();
-  if (!needsExpansion()) return extendStatus(command_->execute(feature, params_, result));
-  VEX_TRY(expandAll(feature, table));
-  return extendStatus(command_->execute(feature, expanded_, result));
+  if (needsExpansion()) VEX_TRY(expandAll(feature, table));
+  return extendStatus(command_->execute(feature, needsExpansion() ? expanded_ : params_, result));
 }
 
 VEXStatus VEXCommandParm::executeList(VEXFeaturePtr& feature, VEXVariableTable& table, VEXStringVector& results) {

@@ -102,7 +102,7 @@ class VEXRuleCommand : public VEXCommand {
 
  protected:
   // Tests count, feature and arguments by the rule; for functions whose two directions differ.
-  VEXStatus test(const VEXFeaturePtr& feature, const VEXStringVector& params) const;
+  [[gnu::noinline]] VEXStatus test(const VEXFeaturePtr& feature, const VEXStringVector& params) const;
   virtual VEXStatus work(VEXFeaturePtr& feature, const VEXArgs& args, std::string& result) = 0;
   // The source direction of a function ruled Inverse: undoes what work does.
   virtual VEXStatus inverse(VEXFeaturePtr& feature, const VEXArgs& args, std::string& result);

@@ -26,9 +26,16 @@ const VEXText* VEXAttributeTable::findAnew(VEXName name, std::uint32_t& place) c
   return nullptr;
 }
 
+void VEXAttributeTable::storeLong(VEXText& text, std::string_view value) {
+  text.assign(value);
+  hasLarge_ |= text.hasLargeBuffer();
+}
+
 // Growing the slots moves the short texts, and the value may be one of them.
 void VEXAttributeTable::setAnew(VEXName name, std::string_view value) {
-  if (value.size() <= VEXText::kShort) {
+  if (VEXText* text = next(name)) {
+    store(*text, value);
+  } else if (value.size() <= VEXText::kShort) {
     const VEXText kept(value);
     findOrAdd(name).assign(kept);
   } else {
@@ -317,13 +324,14 @@ void VEXObject::resetAttributes() {
   attributes_ = &tables_[0];  // each table meets the names again that it held before
   shelf_ = &tables_[1];
   clearAttributes();
-  featureType_.clear();
+  ownType_.clear();
+  featureType_ = &ownType_;
 }
 
 void VEXObject::cloneAttributes(const VEXObject& source) {
   attributes_->copyFrom(*source.attributes_);
   sequencedAttrNames_ = source.sequencedAttrNames_;
-  featureType_ = source.featureType_;
+  setFeatureType(source.featureType());
 }
 
 void VEXObject::mergeAttributes(const VEXObject& source) {
@@ -345,7 +353,7 @@ void VEXObject::upperCaseNames() {
 }
 
 std::string VEXObject::textForm() const {
-  std::string text = featureType_;
+  std::string text = featureType();
   attributes_->forEach(
       [&text](VEXName name, const VEXText& value) { ((text += '+') += name.text() + '+') += value; });
   return text;

@@ -16,9 +16,9 @@ bool isSequencedName(std::string_view name) {
   return name.find('{') != std::string_view::npos || (name.size() > 6 && name.ends_with(".Class"));
 }
 
-// From the attributes that were put aside to the new ones.
+// From the attributes that were put aside to the new ones. A value that equals the default is carried by absence.
 void copyDirectly(VEXFeature& feature, const VEXTransferVariable& variable) {
-  if (const VEXText* value = feature.findShelved(variable.source_, variable.place_)) {
+  if (const VEXText* value = feature.findShelved(variable.source_, variable.place_)) [[likely]] {
     if (variable.default_.empty() || *value != variable.default_) feature.setAttribute(variable.attr_, *value);
   } else if (!variable.sourceDefault_.empty() && variable.sourceDefault_ != variable.default_) {
     feature.setAttribute(variable.attr_, variable.sourceDefault_);
@@ -63,9 +63,9 @@ VEXStatus VEXFeatureSpec::parse(const VEXStringVector& row, std::size_t firstTok
   if (row.empty() || firstToken > lastToken)
     return makeStatus(252001, {joined(row, " "), integerText(static_cast<std::int64_t>(lastToken)),
                                integerText(static_cast<std::int64_t>(firstToken))});
-  featureType_ = row[firstToken];
-  description_ = featureType_;
-  useFeatureType_ = !featureType_.starts_with('*');
+  featureType_ = VEXName::intern(row[firstToken]);
+  description_ = featureType();
+  useFeatureType_ = !description_.starts_with('*');
   for (std::size_t at = firstToken + 1; at <= lastToken; ++at) {
     if (row[at].starts_with('@')) {
       functions_.push_back(std::make_unique<VEXCommandParm>());
@@ -94,6 +94,7 @@ VEXStatus VEXFeatureSpec::addAttribute(const std::string& name, const std::strin
     variable.isList_ = isList;
     variable.isSequenced_ = attr.isListName();
     transferVars_.push_back(std::move(variable));
+    capturesAny_ = true;
     return nullptr;
   }
   if (value.starts_with('@')) {
@@ -228,7 +229,7 @@ void VEXFeatureSpec::reportIgnored(const VEXFeature& feature) const {
     if (!isUsed(name)) ignored += name.text() + " ";
   });
   if (!ignored.empty())
-    logMessage(VEXSeverity::Warn, 252006, {"Attributes IGNORED for featuretype `" + featureType_ + "': " + ignored});
+    logMessage(VEXSeverity::Warn, 252006, {"Attributes IGNORED for featuretype `" + featureType() + "': " + ignored});
 }
 
 // ---- destination side ----
@@ -245,36 +246,41 @@ VEXStatus VEXFeatureSpec::apply(VEXFeaturePtr& feature, VEXVariableTable& variab
   for (std::size_t i = 0; i < attrPaths_.size(); ++i)
     setOneValue(*feature, attrPaths_[i], attrIsSequenced_[i], attrVals_[i]);
   if (useFeatureType_) feature->setFeatureType(featureType_);
-  std::string missing;
-  VEX_TRY(setFromVariables(*feature, variables, missing));
+  VEX_TRY(setFromVariables(*feature, variables));
   if (!attrFunctions_.empty()) VEX_TRY(setFromFunctions(feature, variables));
   if (!functions_.empty()) VEX_TRY(runFunctions(feature, variables, false));
+  if (transferReport_) reportMissing(oldType, variables);
+  return nullptr;
+}
+void VEXFeatureSpec::reportMissing(const std::string& oldType, const VEXVariableTable& variables) const {
+  std::string missing;
+  std::string_view value;
+  for (const VEXTransferVariable& variable : transferVars_)
+    if (!variables.get(variable.slot_, value)) missing += variable.attrName_ + "(" + variable.varName_ + ") ";
   if (!missing.empty())
-    logMessage(
-        VEXSeverity::Warn, 252004,
-        {"Attributes requested for `" + featureType_ + "' but not found in instance of `" + oldType + "': " + missing});
+    logMessage(VEXSeverity::Warn, 252004,
+               {"Attributes requested for `" + featureType() + "' but not found in instance of `" + oldType +
+                "': " + missing});
+}
+
+VEXStatus VEXFeatureSpec::setFromVariables(VEXFeature& feature, const VEXVariableTable& variables) const {
+  for (const VEXTransferVariable& variable : transferVars_) {
+    if (variable.isDirect_ && !transferReport_)
+      copyDirectly(feature, variable);
+    else
+      VEX_TRY(setFromVariable(feature, variable, variables));
+  }
   return nullptr;
 }
 
-VEXStatus VEXFeatureSpec::setFromVariables(VEXFeature& feature, const VEXVariableTable& variables,
-                                           std::string& missing) const {
+VEXStatus VEXFeatureSpec::setFromVariable(VEXFeature& feature, const VEXTransferVariable& variable,
+                                          const VEXVariableTable& variables) const {
   std::string_view value;
-  for (const VEXTransferVariable& variable : transferVars_) {
-    if (variable.isDirect_ && !transferReport_) {
-      copyDirectly(feature, variable);
-      continue;
-    }
-    if (!variables.get(variable.slot_, value)) {
-      if (transferReport_) missing += variable.attrName_ + "(" + variable.varName_ + ") ";
-      continue;
-    }
-    // A value that equals the default is carried by absence.
-    if (!variable.default_.empty() && value == variable.default_) continue;
-    if (variable.isList_ && !value.empty())
-      VEX_TRY(spreadList(feature, variable.attrName_, value));
-    else
-      setOneValue(feature, variable.attr_, variable.isSequenced_, value);
-  }
+  if (!variables.get(variable.slot_, value)) return nullptr;
+  // A value that equals the default is carried by absence.
+  if (!variable.default_.empty() && value == variable.default_) return nullptr;
+  if (variable.isList_ && !value.empty()) return extendStatus(spreadList(feature, variable.attrName_, value));
+  setOneValue(feature, variable.attr_, variable.isSequenced_, value);
   return nullptr;
 }
 

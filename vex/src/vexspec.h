@@ -61,7 +61,7 @@ class VEXFeatureSpec {
   // Destination side: rewrites the feature in place.
   VEXStatus apply(VEXFeaturePtr& feature, VEXVariableTable& variables) const;
   bool matchesAttributes(const VEXFeature& feature) const {
-    return (!useFeatureType_ || wordscan::isSame(feature.featureType(), featureType_)) && matchesConstants(feature);
+    return (!useFeatureType_ || wordscan::isSame(feature.featureType(), featureType())) && matchesConstants(feature);
   }
   // The test, then the functions, without variables.
   VEXStatus testOnly(VEXFeaturePtr& feature, bool& matched) const;
@@ -80,7 +80,7 @@ class VEXFeatureSpec {
   // is copied from the old attributes to the new ones; where nothing else can ask for it, it is not captured either.
   void takeFrom(VEXFeatureSpec& source);
 
-  const std::string& featureType() const { return featureType_; }
+  const std::string& featureType() const { return featureType_.text(); }
   // Type, then "+name+value" for each constant: the key of this spec in the statistics.
   const std::string& description() const { return description_; }
   bool namesType() const { return useFeatureType_; }
@@ -94,13 +94,17 @@ class VEXFeatureSpec {
   VEXStatus runFunctions(VEXFeaturePtr& feature, VEXVariableTable& variables, bool sourceSide) const;
   bool hasConstants(const VEXFeature& feature) const;
   bool hasReferences() const;  // a call's text depends on variables or attributes
-  VEXStatus extractAll(VEXFeaturePtr& feature, VEXVariableTable& variables) const;
+  [[gnu::noinline]] VEXStatus extractAll(VEXFeaturePtr& feature, VEXVariableTable& variables) const;
   void capture(const VEXFeature* feature, VEXVariableTable& variables) const;
-  VEXStatus setFromVariables(VEXFeature& feature, const VEXVariableTable& variables, std::string& missing) const;
+  // Kept apart, so that the loop over plain transfers is a short one.
+  [[gnu::noinline]] VEXStatus setFromVariables(VEXFeature& feature, const VEXVariableTable& variables) const;
+  [[gnu::noinline]] VEXStatus setFromVariable(VEXFeature& feature, const VEXTransferVariable& variable,
+                                              const VEXVariableTable& variables) const;
   VEXStatus setFromFunctions(VEXFeaturePtr& feature, VEXVariableTable& variables) const;
   void reportIgnored(const VEXFeature& feature) const;
+  void reportMissing(const std::string& oldType, const VEXVariableTable& variables) const;
 
-  std::string featureType_;
+  VEXName featureType_ = VEXName::intern({});
   std::string description_;
   std::vector<VEXName> attrPaths_;
   VEXStringVector attrVals_;
@@ -109,7 +113,7 @@ class VEXFeatureSpec {
   std::vector<std::unique_ptr<VEXCommandParm>> functions_;
   std::vector<VEXAttributeFunction> attrFunctions_;
   bool useFeatureType_ = true;
-  bool capturesAny_ = true;
+  bool capturesAny_ = false;  // see takeFrom
   static inline bool transferReport_ = false;  // ORV_DEBUG TRANSFER_PROCESS
 
   // Working space, kept so that the road of a feature allocates nothing.

@@ -225,4 +225,97 @@ TEST(AttributeTable, RefillsAsIfItWereNew) {
   }
 }
 
+// Values around the length that lies in the slot itself, and long ones, grow and shrink from filling to filling.
+TEST(AttributeTable, ValuesOfEveryLengthFollowEachOther) {
+  const std::size_t lengths[] = {0, 1, 3, 4, 7, 8, 15, 16, 31, 32, 33, 100000};
+  std::mt19937 random(4);
+  std::vector<VEXName> names;
+  for (int i = 0; i < 10; ++i) names.push_back(VEXName::intern("length" + std::to_string(i)));
+  VEXAttributeTable table, copy;
+  for (int round = 0; round < 400; ++round) {
+    table.clear();
+    std::vector<std::string> expected;
+    for (const VEXName name : names) {
+      expected.emplace_back(lengths[random() % std::size(lengths)], static_cast<char>('a' + random() % 26));
+      table.set(name, expected.back());
+    }
+    copy.copyFrom(table);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      ASSERT_EQ(*table.find(names[i]), expected[i]);
+      ASSERT_EQ(*copy.find(names[i]), expected[i]);
+      ASSERT_EQ(copy.find(names[i])->c_str(), std::string(expected[i])) << "a zero byte follows";
+    }
+  }
+}
+
+// A value may be a part of the value that it replaces, and of one that moves when the table grows.
+TEST(AttributeTable, ValuesMayComeFromTheTable) {
+  const VEXName own = VEXName::intern("own");
+  std::string letters;
+  for (int i = 0; i < 60; ++i) letters += static_cast<char>('A' + i);
+  for (const std::size_t length : {2U, 5U, 9U, 20U, 31U, 40U, 60U}) {
+    for (std::size_t first = 0; first <= length; ++first) {
+      VEXAttributeTable table;
+      table.set(own, std::string_view(letters).substr(0, length));
+      table.set(own, table.find(own)->view().substr(first));
+      ASSERT_EQ(*table.find(own), letters.substr(first, length - first));
+    }
+    VEXAttributeTable table;
+    table.set(own, std::string_view(letters).substr(0, length));
+    for (int i = 0; i < 40; ++i) {
+      const VEXName name = VEXName::intern("grown" + std::to_string(i));
+      table.set(name, *table.find(own));
+      ASSERT_EQ(*table.find(name), letters.substr(0, length));
+    }
+  }
+}
+
+TEST(AttributeTable, AHugeValueDoesNotStayForSmallOnes) {
+  const VEXName name = VEXName::intern("huge"), other = VEXName::intern("other");
+  const std::string huge(1'000'000, 'h');
+  VEXAttributeTable table;
+  table.set(name, huge);
+  const char* buffer = table.find(name)->data();
+  for (int round = 0; round < 3; ++round) {
+    table.clear();
+    table.set(name, huge);
+    EXPECT_EQ(table.find(name)->data(), buffer) << "huge values that follow each other share one buffer";
+  }
+  table.clear();
+  table.set(name, "small");
+  table.clear();
+  table.set(name, "small");
+  EXPECT_FALSE(table.find(name)->hasLargeBuffer());
+  table.clear();
+  table.set(other, "first");
+  table.set(name, huge);
+  table.clear();
+  table.set(other, "first");  // the slot of the huge one is not used at all
+  table.clear();
+  table.set(other, "first");
+  table.set(name, "");
+  EXPECT_FALSE(table.find(name)->hasLargeBuffer());
+}
+
+TEST(Object, ShelvedTextsStayWhileTheObjectIsFilledAnew) {
+  VEXObject object;
+  const VEXName name = VEXName::intern("kept"), gone = VEXName::intern("gone");
+  for (const std::size_t length : {5U, 31U, 32U, 5000U}) {
+    const std::string text(length, 'k');
+    object.resetAttributes();
+    object.setAttribute(gone, "1");
+    object.setAttribute(name, text);
+    object.removeAttribute(gone);
+    std::string_view view = *object.findAttribute(name);
+    object.shelveAttributes();
+    for (int i = 0; i < 50; ++i) object.setAttribute("new" + std::to_string(i), text + "x");
+    std::uint32_t place = 1;
+    ASSERT_NE(object.findShelved(name, place), nullptr);
+    EXPECT_EQ(*object.findShelved(name, place), text);
+    EXPECT_EQ(view, text);
+    EXPECT_EQ(object.findShelved(gone, place), nullptr);
+    EXPECT_EQ(object.findAttribute(name), nullptr);
+  }
+}
+
 }  // namespace
