@@ -13,11 +13,19 @@
 #include "vex/inc/vexname.h"
 #include "vex/inc/vextext.h"
 
+// A value that goes from one table to another one, under another name. `place` is where it stood last, see
+// VEXAttributeTable::find; a transfer without names never finds anything.
+struct VEXTransfer {
+  VEXName from;
+  VEXName to;
+  std::uint32_t place = ~std::uint32_t{0};
+};
+
 // Hash table from interned name to text: open chains over one flat vector of slots. Emptying it keeps every
 // buffer, so a table that is filled again with values of the same size allocates nothing; a large buffer that the last
-// filling hardly used is let go. It keeps the chains too: records of one kind come with the same names in the same order,
-// and a name that is the next one of the last filling needs no look-up. The first name out of that order drops what is
-// left of the old chains.
+// filling hardly used is let go. It keeps the chains too: records of one kind come with the same names in the same
+// order, and a name that is the next one of the last filling needs no look-up. The first name out of that order drops
+// what is left of the old chains.
 class VEXAttributeTable {
  public:
   struct Slot {
@@ -34,7 +42,8 @@ class VEXAttributeTable {
   const VEXText* find(VEXName name) const;
   // The same where one caller looks for one name in many tables: `place` remembers where it stood last.
   const VEXText* find(VEXName name, std::uint32_t& place) const {
-    if (place < used_ && slots_[place].name == name) [[likely]] return &slots_[place].value;
+    if (place < used_ && slots_[place].name == name) [[likely]]
+      return &slots_[place].value;
     return findAnew(name, place);
   }
   // Adds the name when it is absent. `value` may be a text of this table.
@@ -51,9 +60,24 @@ class VEXAttributeTable {
     else
       setAnew(name, value);
   }
+  // Carries transfers out, the first of them onward, as long as each value is a short one that stands where it did last
+  // time and goes where it did last time. Gives their number: the next one needs a look-up.
+  std::size_t takeInOrder(const VEXAttributeTable& source, std::span<const VEXTransfer> transfers) {
+    std::size_t at = used_;
+    std::size_t taken = 0;
+    for (; taken < transfers.size() && at < linked_ && transfers[taken].place < source.used_; ++taken, ++at) {
+      const Slot& from = source.slots_[transfers[taken].place];
+      if (from.name != transfers[taken].from || slots_[at].name != transfers[taken].to) break;
+      if (from.value.size() > VEXText::kShort) break;
+      slots_[at].value.assign(from.value);
+    }
+    used_ = at;
+    return taken;
+  }
   bool remove(VEXName name);
   void clear() {
-    if (hasLarge_ || !isInOrder_) [[unlikely]] tidy();
+    if (hasLarge_ || !isInOrder_) [[unlikely]]
+      tidy();
     used_ = 0;
   }
   // Rebuilds with 4n + 1 buckets when n entries are above half or below an eighth of the buckets.
@@ -139,7 +163,9 @@ class VEXObject {
   // Appends every name, in table order.
   void allAttributeNames(VEXStringVector& names) const;
   template <class Visit>
-  void forEachAttribute(Visit&& visit) const { attributes_->forEach(visit); }
+  void forEachAttribute(Visit&& visit) const {
+    attributes_->forEach(visit);
+  }
 
   // ---- attributes whose order matters ----
   // Sets the value and moves the name to the end of the sequence.
@@ -168,7 +194,7 @@ class VEXObject {
   // ---- the whole object ----
   const std::string& featureType() const { return *featureType_; }
   void setFeatureType(std::string_view type) {
-    ownType_.assign(type);
+    if (!wordscan::isSame(ownType_, type)) ownType_.assign(type);  // a reader's features keep theirs
     featureType_ = &ownType_;
   }
   // The same for a type that a mapping file or a table names once for many objects: nothing is copied.
@@ -178,11 +204,11 @@ class VEXObject {
     attributes_->clear();
     sequencedAttrNames_.clear();
   }
-  void cloneAttributes(const VEXObject& source);            // table, sequence and type replaced by copies
-  void mergeAttributes(const VEXObject& source);            // copies names that are new here
-  void overwriteAttributes(const VEXObject& source);        // copies all, the source's value wins
+  void cloneAttributes(const VEXObject& source);      // table, sequence and type replaced by copies
+  void mergeAttributes(const VEXObject& source);      // copies names that are new here
+  void overwriteAttributes(const VEXObject& source);  // copies all, the source's value wins
   void upperCaseNames();
-  std::string textForm() const;                             // type, then "+name+value" in table order
+  std::string textForm() const;  // type, then "+name+value" in table order
   void compactAttributes() { attributes_->compact(); }
   // Empties the attributes, but leaves their texts where they are until the next reset or shelving: what looks
   // into them stays valid while this object is filled anew.
@@ -192,6 +218,10 @@ class VEXObject {
   }
   // A text that was put aside; null when there is none.
   const VEXText* findShelved(VEXName name, std::uint32_t& place) const { return shelf_->find(name, place); }
+  // From the texts that were put aside to the new ones, see VEXAttributeTable::takeInOrder.
+  std::size_t takeShelved(std::span<const VEXTransfer> transfers) {
+    return attributes_->takeInOrder(*shelf_, transfers);
+  }
   const VEXAttributeTable& table() const { return *attributes_; }
 
  private:
@@ -199,8 +229,9 @@ class VEXObject {
   VEXAttributeTable* attributes_ = &tables_[0];
   VEXAttributeTable* shelf_ = &tables_[1];
   std::vector<VEXName> sequencedAttrNames_;
-  std::string ownType_;
-  const std::string* featureType_ = &ownType_;  // or the text of an interned name
+  static inline const std::string kNoType;
+  std::string ownType_;                        // the last one that was given as a text
+  const std::string* featureType_ = &kNoType;  // or that one, or the text of an interned name
 };
 
 // One name that is looked for in many objects of one kind: a column that is written.
@@ -219,10 +250,7 @@ class VEXColumn {
 };
 
 // The values of all columns; `row` has as many places.
-inline void valuesOf(const VEXObject& object, std::span<VEXColumn> columns, std::span<std::string_view> row) {
-  std::string_view* value = row.data();
-  for (VEXColumn& column : columns) *value++ = column.valueIn(object);
-}
+void valuesOf(const VEXObject& object, std::span<VEXColumn> columns, std::span<std::string_view> row);
 
 // Replaces the characters that a file name, or an identifier, cannot hold by "_".
 std::string fileNameForm(std::string_view text);

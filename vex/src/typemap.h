@@ -15,7 +15,8 @@ class VEXTypeMap {
   Value& operator[](const std::string& type) { return values_[type]; }
   // The value, null when there is none. Values never move.
   Value* find(std::string_view type) {
-    if (last_ != nullptr && wordscan::isSame(last_->first, type)) [[likely]] return &last_->second;
+    if (last_ != nullptr && wordscan::isSame(last_->first, type)) [[likely]]
+      return &last_->second;
     return findAnew(type);
   }
 

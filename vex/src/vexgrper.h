@@ -72,6 +72,7 @@ class VEXGrouper {
     VEXFeatureSpec spec;
     VEXVariableTable variables;
     std::int32_t* count = nullptr;  // this membership's statistics once it has taken a feature
+    bool isTypeOnly = false;
   };
   struct Members {
     std::vector<std::unique_ptr<Membership>> list;  // tried in order

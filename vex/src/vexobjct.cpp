@@ -324,8 +324,7 @@ void VEXObject::resetAttributes() {
   attributes_ = &tables_[0];  // each table meets the names again that it held before
   shelf_ = &tables_[1];
   clearAttributes();
-  ownType_.clear();
-  featureType_ = &ownType_;
+  featureType_ = &kNoType;
 }
 
 void VEXObject::cloneAttributes(const VEXObject& source) {
@@ -354,9 +353,14 @@ void VEXObject::upperCaseNames() {
 
 std::string VEXObject::textForm() const {
   std::string text = featureType();
-  attributes_->forEach(
-      [&text](VEXName name, const VEXText& value) { ((text += '+') += name.text() + '+') += value; });
+  attributes_->forEach([&text](VEXName name, const VEXText& value) { ((text += '+') += name.text() + '+') += value; });
   return text;
+}
+
+[[gnu::noinline]] void valuesOf(const VEXObject& object, std::span<VEXColumn> columns,
+                                std::span<std::string_view> row) {
+  std::string_view* value = row.data();
+  for (VEXColumn& column : columns) *value++ = column.valueIn(object);
 }
 
 namespace {

@@ -17,8 +17,8 @@ bool isSequencedName(std::string_view name) {
 }
 
 // From the attributes that were put aside to the new ones. A value that equals the default is carried by absence.
-void copyDirectly(VEXFeature& feature, const VEXTransferVariable& variable) {
-  if (const VEXText* value = feature.findShelved(variable.source_, variable.place_)) [[likely]] {
+void copyDirectly(VEXFeature& feature, const VEXTransferVariable& variable, std::uint32_t& place) {
+  if (const VEXText* value = feature.findShelved(variable.source_, place)) {
     if (variable.default_.empty() || *value != variable.default_) feature.setAttribute(variable.attr_, *value);
   } else if (!variable.sourceDefault_.empty() && variable.sourceDefault_ != variable.default_) {
     feature.setAttribute(variable.attr_, variable.sourceDefault_);
@@ -94,6 +94,7 @@ VEXStatus VEXFeatureSpec::addAttribute(const std::string& name, const std::strin
     variable.isList_ = isList;
     variable.isSequenced_ = attr.isListName();
     transferVars_.push_back(std::move(variable));
+    transfers_.emplace_back();
     capturesAny_ = true;
     return nullptr;
   }
@@ -140,6 +141,8 @@ void VEXFeatureSpec::takeFrom(VEXFeatureSpec& source) {
     variable.isDirect_ = !variable.isList_ && !variable.isSequenced_ && !only->isList_;
     variable.source_ = only->attr_;
     variable.sourceDefault_ = only->default_;
+    if (variable.isDirect_ && variable.default_.empty())
+      transfers_[static_cast<std::size_t>(&variable - transferVars_.data())] = {variable.source_, variable.attr_, 0};
   }
   if (hasReferences()) return;
   source.capturesAny_ = false;
@@ -264,9 +267,12 @@ void VEXFeatureSpec::reportMissing(const std::string& oldType, const VEXVariable
 }
 
 VEXStatus VEXFeatureSpec::setFromVariables(VEXFeature& feature, const VEXVariableTable& variables) const {
-  for (const VEXTransferVariable& variable : transferVars_) {
+  for (std::size_t at = 0; at < transferVars_.size(); ++at) {
+    if (!transferReport_) at += feature.takeShelved(std::span(transfers_).subspan(at));
+    if (at == transferVars_.size()) break;
+    const VEXTransferVariable& variable = transferVars_[at];
     if (variable.isDirect_ && !transferReport_)
-      copyDirectly(feature, variable);
+      copyDirectly(feature, variable, transfers_[at].place);
     else
       VEX_TRY(setFromVariable(feature, variable, variables));
   }

@@ -74,6 +74,10 @@ class VEXFeatureSpec {
     collectVariables(names);
     for (const std::string& name : names) collector(name);
   }
+  bool isTypeOnly() const {  // no constants, functions or variables
+    return useFeatureType_ && attrPaths_.empty() && transferVars_.empty() && functions_.empty() &&
+           attrFunctions_.empty();
+  }
   // Gives every transfer variable its slot; called once, before the first feature.
   void bindVariables(VEXVariableTable& variables);
   // Called once for the destination row of a pair. A variable that only carries one attribute's text from row to row
@@ -110,13 +114,14 @@ class VEXFeatureSpec {
   VEXStringVector attrVals_;
   std::vector<bool> attrIsSequenced_;
   std::vector<VEXTransferVariable> transferVars_;
+  mutable std::vector<VEXTransfer> transfers_;  // one a variable; filled for direct ones without a default
   std::vector<std::unique_ptr<VEXCommandParm>> functions_;
   std::vector<VEXAttributeFunction> attrFunctions_;
   bool useFeatureType_ = true;
-  bool capturesAny_ = false;  // see takeFrom
+  bool capturesAny_ = false;                   // see takeFrom
   static inline bool transferReport_ = false;  // ORV_DEBUG TRANSFER_PROCESS
 
   // Working space, kept so that the road of a feature allocates nothing.
-  mutable VEXVariableTable unbound_;   // for factories, which have no variables
+  mutable VEXVariableTable unbound_;  // for factories, which have no variables
   mutable std::string result_;
 };
