@@ -62,18 +62,7 @@ class VEXAttributeTable {
   }
   // Carries transfers out, the first of them onward, as long as each value is a short one that stands where it did last
   // time and goes where it did last time. Gives their number: the next one needs a look-up.
-  std::size_t takeInOrder(const VEXAttributeTable& source, std::span<const VEXTransfer> transfers) {
-    std::size_t at = used_;
-    std::size_t taken = 0;
-    for (; taken < transfers.size() && at < linked_ && transfers[taken].place < source.used_; ++taken, ++at) {
-      const Slot& from = source.slots_[transfers[taken].place];
-      if (from.name != transfers[taken].from || slots_[at].name != transfers[taken].to) break;
-      if (from.value.size() > VEXText::kShort) break;
-      slots_[at].value.assign(from.value);
-    }
-    used_ = at;
-    return taken;
-  }
+  std::size_t takeInOrder(const VEXAttributeTable& source, std::span<const VEXTransfer> transfers);
   bool remove(VEXName name);
   void clear() {
     if (hasLarge_ || !isInOrder_) [[unlikely]]

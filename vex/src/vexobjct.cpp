@@ -85,6 +85,23 @@ void VEXAttributeTable::dropOldChains() {
   linked_ = used_;
 }
 
+[[gnu::noinline]] std::size_t VEXAttributeTable::takeInOrder(const VEXAttributeTable& source,
+                                                             std::span<const VEXTransfer> transfers) {
+  const Slot* const theirs = source.slots_.data();
+  const std::size_t numTheirs = source.used_;
+  Slot* mine = slots_.data() + used_;
+  const VEXTransfer* transfer = transfers.data();
+  const VEXTransfer* const end = transfer + std::min(transfers.size(), linked_ - used_);
+  for (; transfer != end && transfer->place < numTheirs; ++transfer, ++mine) {
+    const Slot& from = theirs[transfer->place];
+    if (from.name != transfer->from || mine->name != transfer->to || from.value.size() > VEXText::kShort) break;
+    mine->value.assign(from.value);
+  }
+  const auto taken = static_cast<std::size_t>(transfer - transfers.data());
+  used_ += taken;
+  return taken;
+}
+
 bool VEXAttributeTable::remove(VEXName name) {
   if (name.isNull()) return false;
   dropOldChains();

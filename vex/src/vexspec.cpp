@@ -238,7 +238,14 @@ void VEXFeatureSpec::reportIgnored(const VEXFeature& feature) const {
 // ---- destination side ----
 
 VEXStatus VEXFeatureSpec::apply(VEXFeaturePtr& feature, VEXVariableTable& variables) const {
-  const std::string oldType = transferReport_ ? feature->featureType() : std::string();
+  if (!transferReport_) return extendStatus(rewrite(feature, variables));
+  const std::string oldType = feature->featureType();
+  VEX_TRY(rewrite(feature, variables));
+  reportMissing(oldType, variables);
+  return nullptr;
+}
+
+VEXStatus VEXFeatureSpec::rewrite(VEXFeaturePtr& feature, VEXVariableTable& variables) const {
   // Variables may look into the attribute values they were captured from. Those stay readable while the feature
   // is filled anew; where the attributes stay on the feature the values are copied first.
   if (useFeatureType_) {
@@ -252,7 +259,6 @@ VEXStatus VEXFeatureSpec::apply(VEXFeaturePtr& feature, VEXVariableTable& variab
   VEX_TRY(setFromVariables(*feature, variables));
   if (!attrFunctions_.empty()) VEX_TRY(setFromFunctions(feature, variables));
   if (!functions_.empty()) VEX_TRY(runFunctions(feature, variables, false));
-  if (transferReport_) reportMissing(oldType, variables);
   return nullptr;
 }
 void VEXFeatureSpec::reportMissing(const std::string& oldType, const VEXVariableTable& variables) const {

@@ -98,6 +98,7 @@ class VEXFeatureSpec {
   VEXStatus runFunctions(VEXFeaturePtr& feature, VEXVariableTable& variables, bool sourceSide) const;
   bool hasConstants(const VEXFeature& feature) const;
   bool hasReferences() const;  // a call's text depends on variables or attributes
+  VEXStatus rewrite(VEXFeaturePtr& feature, VEXVariableTable& variables) const;
   [[gnu::noinline]] VEXStatus extractAll(VEXFeaturePtr& feature, VEXVariableTable& variables) const;
   void capture(const VEXFeature* feature, VEXVariableTable& variables) const;
   // Kept apart, so that the loop over plain transfers is a short one.
