@@ -380,9 +380,9 @@ bool checkArcs(const std::string& name, const std::vector<Parts>& records) {
   auto rebuild = [&](const VEXFeature& feature) {
     Parts rings(1);
     for (std::size_t i = 0;; ++i) {
-      const std::string* entry = feature.findAttribute(VEXName::intern("arcs{" + std::to_string(i) + "}"));
+      const VEXText* entry = feature.findAttribute(VEXName::intern("arcs{" + std::to_string(i) + "}"));
       if (entry == nullptr) break;
-      const long id = std::stol(*entry);
+      const long id = std::stol(entry->c_str());
       if (id == 0) {
         rings.emplace_back();
         continue;

@@ -78,7 +78,7 @@ std::string describe(const VEXFeature& feature) {
   std::sort(names.begin(), names.end());
   std::erase(names, "orv_geometry");
   for (std::size_t i = 0; i < names.size(); ++i)
-    text += (i == 0 ? " {" : ", ") + names[i] + "=" + *feature.findAttribute(names[i]);
+    (text += (i == 0 ? " {" : ", ") + names[i] + "=") += *feature.findAttribute(names[i]);
   if (!names.empty()) text += "}";
   if (feature.geomType() == VEX_GEOM_UNDEFINED && feature.numCoords() == 0) return text;
   std::string kind = integerText(feature.geomType());

@@ -43,7 +43,7 @@ void hostSetType(ORV_PluginFeature* feature, const char* type) {
 }
 
 const char* hostAttribute(ORV_PluginFeature* feature, const char* name) {
-  const std::string* value = featureOf(feature).findAttribute(viewOf(name));
+  const VEXText* value = featureOf(feature).findAttribute(viewOf(name));
   return value == nullptr ? nullptr : value->c_str();
 }
 

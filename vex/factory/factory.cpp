@@ -157,9 +157,11 @@ VEXStatus VEXFactory::passBy(VEXFeaturePtr& feature) {
 
 void VEXFactory::extendTrace(VEXFeature& feature) const {
   static const VEXName kTraceName = VEXName::intern("orv_factory_trace");
-  std::string& trace = feature.attributeValue(kTraceName);
+  const VEXText* sofar = feature.findAttribute(kTraceName);
+  std::string trace(sofar == nullptr ? std::string_view() : sofar->view());
   if (!trace.empty()) trace += ':';
   trace.append(factoryName_).append("(").append(className_).append(")");
+  feature.setAttribute(kTraceName, trace);
 }
 
 VEXStatus VEXFactory::output(std::string_view tag, VEXFeaturePtr& feature) {

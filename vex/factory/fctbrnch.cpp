@@ -68,7 +68,7 @@ class BranchingFactory final : public VEXFactory {
     if (target_ == nullptr) target_ = pipeline()->find(targetName_);
     if (target_ == nullptr) return makeStatus(kNoSuchFactory, {targetName_, name(), factoryName()});
     std::int32_t count = 0;
-    const std::string* text = feature->findAttribute(countName_);
+    const VEXText* text = feature->findAttribute(countName_);
     if (text == nullptr || !textToInteger(*text, count)) count = 0;
     if (count <= maximum_) {
       feature->setInteger(countName_.text(), std::int64_t{count} + 1);

@@ -55,7 +55,7 @@ class DeaggregateFactory final : public VEXFactory {
 
   // The attributes of element i become attributes of member i.
   void giveElements(const VEXFeature& aggregate, VEXFeatureVector& members) const {
-    aggregate.table().forEach([&](VEXName name, const std::string& value) {
+    aggregate.table().forEach([&](VEXName name, std::string_view value) {
       std::size_t index = 0;
       std::string_view rest;
       if (list_.matches(name.text(), index, rest) && !rest.empty() && index < members.size()) {

@@ -211,7 +211,7 @@ class PolygonDissolveFactory final : public VEXFactory {
     ++total.numMembers;
     total.area += area;
     for (std::size_t at = 0; at < fields_.size(); ++at) {
-      const std::string* text = member.findAttribute(fields_[at].name);
+      const VEXText* text = member.findAttribute(fields_[at].name);
       double value = 0.0;
       if (text == nullptr || !textToReal(*text, value)) continue;
       total.sums[at] += fields_[at].gather == Gather::WeightedAverage ? value * area : value;

@@ -69,7 +69,7 @@ class ElementFactory final : public VEXFactory {
   // Elements in the order of their numbers, whatever numbers are left out.
   void findPieces(const VEXFeature& feature) {
     pieces_.clear();
-    feature.forEachAttribute([this](VEXName name, const std::string&) {
+    feature.forEachAttribute([this](VEXName name, std::string_view) {
       Piece piece{0, name, name};
       std::string_view rest;
       if (!name.isListName() || !list_.matches(name.text(), piece.index, rest)) return;

@@ -56,7 +56,7 @@ class SortFactory final : public VEXFactory {
     if (fieldNames_.empty()) return makeStatus(kNoSortBy, {factoryName(), name()});
     key_.clear();
     for (std::size_t at = 0; at < fieldNames_.size(); ++at) {
-      const std::string* value = feature->findAttribute(fieldNames_[at]);
+      const VEXText* value = feature->findAttribute(fieldNames_[at]);
       const std::string_view text = value == nullptr ? std::string_view() : *value;
       double number = 0.0;
       if (!numericFlags_[at])

@@ -42,7 +42,7 @@ void VEXGroupTable::setFields(const VEXStringVector& names) {
 std::size_t VEXGroupTable::indexOf(const VEXFeature& feature) {
   key_.clear();
   for (VEXName name : names_) {
-    const std::string* value = feature.findAttribute(name);
+    const VEXText* value = feature.findAttribute(name);
     appendValue(key_, value == nullptr ? std::string_view() : *value);
   }
   if (auto found = indices_.find(key_); found != indices_.end()) return found->second;

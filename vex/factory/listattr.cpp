@@ -20,7 +20,7 @@ void VEXListAttribute::addElement(VEXFeature& feature, const VEXAttributeTable& 
   appendInteger(element_, static_cast<std::int64_t>(index));
   element_ += "}.";
   const std::size_t head = element_.size();
-  attributes.forEach([&](VEXName name, const std::string& value) {
+  attributes.forEach([&](VEXName name, std::string_view value) {
     element_.replace(head, std::string::npos, name.text());
     feature.setSequenced(element_, value);
   });

@@ -88,12 +88,6 @@ VEXFeaturePtr VEXPipeline::getOutputFeature() {
   return feature;
 }
 
-VEXStatus VEXPipeline::emit(VEXFeaturePtr& feature) {
-  if (sink_ != nullptr) return extendStatus(sink_->takeOutput(number_, name_, feature));
-  outputQueue_.push_back(std::move(feature));
-  return nullptr;
-}
-
 VEXFactory* VEXPipeline::find(const std::string& factoryName) const {
   for (const std::unique_ptr<VEXFactory>& factory : factories_)
     if (factory->factoryName() == factoryName) return factory.get();

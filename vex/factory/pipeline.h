@@ -37,7 +37,11 @@ class VEXPipeline {
   }
   VEXStatus allDone();                     // tells the factories, first to last, that the input has ended
   VEXFeaturePtr getOutputFeature();        // the next of the queue; null when it is empty
-  VEXStatus emit(VEXFeaturePtr& feature);  // the way out of the last factory
+  VEXStatus emit(VEXFeaturePtr& feature) {  // the way out of the last factory
+    if (sink_ != nullptr) return extendStatus(sink_->takeOutput(number_, name_, feature));
+    outputQueue_.push_back(std::move(feature));
+    return nullptr;
+  }
   VEXFactory* find(const std::string& factoryName) const;  // null when there is none
   // Keeps a feature for another factory of the chain, which gets it from walk(). False, and nothing is taken, when
   // the features of this walk have been sent about too often: more than kMostDetours times, or `mostExpected` when

@@ -22,7 +22,7 @@ class VEXKeepAttributesCmd final : public VEXRuleCommand {
     for (const std::string& text : args.texts())
       if (VEXName name = VEXName::find(text); !name.isNull()) kept_.push_back(name);
     doomed_.clear();
-    feature->forEachAttribute([this](VEXName name, const std::string&) {
+    feature->forEachAttribute([this](VEXName name, std::string_view) {
       if (std::find(kept_.begin(), kept_.end(), name) == kept_.end()) doomed_.push_back(name);
     });
     for (VEXName name : doomed_) feature->removeAttribute(name);

@@ -41,10 +41,10 @@ struct Entry {
 
 std::vector<Entry> entriesOf(const VEXFeature& feature, const std::string& pattern) {
   std::vector<Entry> entries;
-  feature.forEachAttribute([&](VEXName name, const std::string& value) {
+  feature.forEachAttribute([&](VEXName name, std::string_view value) {
     const std::string& text = name.text();
     if (const std::size_t length = listPrefixLength(text, pattern); length > 0)
-      entries.push_back({text.substr(0, length), text.substr(length), value});
+      entries.push_back({text.substr(0, length), text.substr(length), std::string(value)});
   });
   std::sort(entries.begin(), entries.end());
   return entries;

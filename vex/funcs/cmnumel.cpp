@@ -23,7 +23,7 @@ class VEXNumElementsCmd final : public VEXRuleCommand {
     std::string pattern = args.text(0);
     if (!pattern.ends_with("{}")) pattern += "{}";
     std::unordered_set<std::string_view> elements;
-    feature->forEachAttribute([&](VEXName name, const std::string&) {
+    feature->forEachAttribute([&](VEXName name, std::string_view) {
       if (const std::size_t length = listPrefixLength(name.text(), pattern); length > 0)
         elements.insert(std::string_view(name.text()).substr(0, length));
     });

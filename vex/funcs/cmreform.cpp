@@ -56,7 +56,7 @@ struct Field {
   }
 
   // Appends the value in its width; false when it does not fit, or is no number where it should be one.
-  bool encode(const std::string& value, std::string& out) const {
+  bool encode(std::string_view value, std::string& out) const {
     std::string text;
     double real = 0.0;
     std::int64_t integer = 0;
@@ -120,7 +120,7 @@ class VEXReformatCmd final : public VEXRuleCommand {
     if (structure == structures_.end()) return makeStatus(351008, {args.text(1)});
     if (feature == nullptr) return makeStatus(351011, {callText(kRule.name, args.texts())});
     if (encodesOnDestination != isSource) return extendStatus(encode(*feature, structure->second, result));
-    const std::string* text = feature->findAttribute(args.text(2));
+    const VEXText* text = feature->findAttribute(args.text(2));
     if (text == nullptr) return makeStatus(351009, {args.text(2), feature->featureType()});
     result = *text;
     decode(result, structure->second, *feature);
@@ -128,10 +128,9 @@ class VEXReformatCmd final : public VEXRuleCommand {
   }
 
   static VEXStatus encode(const VEXFeature& feature, const std::vector<Field>& fields, std::string& result) {
-    const std::string none;
     for (const Field& field : fields) {
-      const std::string* value = feature.findAttribute(field.attribute);
-      if (!field.encode(value == nullptr ? none : *value, result))
+      const VEXText* value = feature.findAttribute(field.attribute);
+      if (!field.encode(value == nullptr ? std::string_view() : *value, result))
         return makeStatus(351012,
                           {field.attribute.text(), *value, integerText(static_cast<std::int64_t>(field.width))});
     }

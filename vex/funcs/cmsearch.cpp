@@ -24,7 +24,7 @@ class VEXSearchListCmd final : public VEXRuleCommand {
       name = head;
       appendInteger(name, index);
       name += tail;
-      const std::string* value = feature->findAttribute(name);
+      const VEXText* value = feature->findAttribute(name);
       if (value == nullptr) {
         ++missing;
       } else if (*value == args.text(1)) {

@@ -76,7 +76,7 @@ class VEXSQLCmd final : public VEXRuleCommand {
 
     values_.clear();
     for (const std::string& name : statement->parameterNames()) {
-      const std::string* value = feature->findAttribute(name);
+      const VEXText* value = feature->findAttribute(name);
       values_.push_back(value == nullptr ? VEXDatabaseValue() : VEXDatabaseValue(*value));
     }
     if (!statement->start(values_)) return makeStatus(379004, {args.text(0), args.text(1), database.errorText()});

@@ -10,7 +10,7 @@ class VEXPairCopier {
   void copy(VEXFeature& feature, const VEXArgs& args) {
     if (values_.size() < args.count()) values_.resize(args.count());
     for (std::size_t i = 1; i < args.count(); i += 2) {
-      const std::string* value = feature.findAttribute(args.text(i));
+      const VEXText* value = feature.findAttribute(args.text(i));
       values_[i].assign(value == nullptr ? std::string_view() : std::string_view(*value));
     }
     for (std::size_t i = 1; i < args.count(); i += 2) feature.setAttribute(args.text(i - 1), values_[i]);

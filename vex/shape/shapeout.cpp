@@ -219,7 +219,7 @@ VEXStatus VEXShapeOutput::settleArea(const VEXFeature& feature) {
 void VEXShapeOutput::findMeasures(const VEXFeature& feature) {
   writesM_ = type_->hasM || (type_->hasZ && type_->family == shp::Family::Point);
   if (!type_->hasM && !type_->hasZ) return;
-  if (const std::string* text = feature.findAttribute(shapeMeasuresName()); text != nullptr && !text->empty()) {
+  if (const VEXText* text = feature.findAttribute(shapeMeasuresName()); text != nullptr && !text->empty()) {
     if (parts_.loadMeasures(*text)) {
       writesM_ = true;
       return;

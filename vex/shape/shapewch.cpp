@@ -42,15 +42,15 @@ ShapeWriteChannel::ShapeWriteChannel(const std::string& basePath, const VEXFeatu
     : shape_(basePath, longestFile), table_(basePath + ".dbf") {
   shape_.setAiFix(aiFix);
   for (const VEXName name : schema.sequence()) {
-    const std::string* value = schema.findAttribute(name);
+    const VEXText* value = schema.findAttribute(name);
     std::string_view column = name.text();
     // A name that begins with a blank is there for its place in the order; the real one stands behind the colon.
     if (column.starts_with(' ')) column.remove_prefix(std::min(column.find(':'), column.size() - 1) + 1);
     if (column == kGeometryKey) {
       hasTypeName_ = true;
-      typeName_ = value == nullptr ? std::string() : *value;
+      typeName_ = value == nullptr ? std::string_view() : *value;
     } else if (column != kColumnDefsKey) {
-      columns_.emplace_back(column, value == nullptr ? std::string() : *value);
+      columns_.emplace_back(column, value == nullptr ? std::string_view() : *value);
     }
   }
 }

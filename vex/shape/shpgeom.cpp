@@ -344,7 +344,7 @@ void ShapeDecoder::gatherRings() {
 }
 
 void ShapeDecoder::setMeasures() {
-  std::string& text = feature_->attributeValue(shapeMeasuresName());
+  std::string& text = measuresText_;
   text.clear();
   char number[32];
   for (std::size_t i = 0; i < at_; ++i) {
@@ -354,4 +354,5 @@ void ShapeDecoder::setMeasures() {
     else
       text += '-';
   }
+  feature_->setAttribute(shapeMeasuresName(), text);
 }

@@ -73,6 +73,7 @@ class ShapeDecoder {
   std::size_t size_ = 0;
   std::size_t at_ = 0;  // coordinates filled
   std::vector<double> measures_;
+  std::string measuresText_;
   std::vector<ShapeRing> parts_;  // when aggregates are made
   std::vector<std::uint32_t> skippedRings_;
   ShapeRingOrder ringOrder_;

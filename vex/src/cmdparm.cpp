@@ -154,7 +154,7 @@ bool VEXCommandParm::expandSimply(const Plan& plan, const VEXFeature* feature, c
     if (!piece.variable.empty()) {
       table.find(piece.variable, value);
     } else if (!piece.attribute.isNull() && feature != nullptr) {
-      const std::string* found = feature->findAttribute(piece.attribute);
+      const VEXText* found = feature->findAttribute(piece.attribute);
       if (found != nullptr) value = *found;
     }
     if (value.find_first_of("%&@") != std::string_view::npos) return false;
@@ -185,8 +185,8 @@ VEXStatus VEXCommandParm::expand(std::string& argument, VEXFeaturePtr& feature, 
   for (Span at = findReference(argument, '&'); at.found(); at = findReference(argument, '&')) {
     if (++steps > kMostSteps) return makeStatus(209008, {original});
     std::string_view name = std::string_view(argument).substr(at.begin + 1, at.end - at.begin - 1);
-    const std::string* value = feature == nullptr ? nullptr : feature->findAttribute(name);
-    argument.replace(at.begin, at.end - at.begin, value == nullptr ? std::string() : *value);
+    const VEXText* value = feature == nullptr ? nullptr : feature->findAttribute(name);
+    argument.replace(at.begin, at.end - at.begin, value == nullptr ? std::string_view() : *value);
   }
   for (Span at = findNestedCall(argument); at.found(); at = findNestedCall(argument)) {
     if (++steps > kMostSteps || NestingGuard::depth >= kDeepestNesting) return makeStatus(209008, {original});
@@ -203,9 +203,8 @@ VEXStatus VEXCommandParm::execute(VEXFeaturePtr& feature, VEXVariableTable& tabl
   VEX_ASSERT(feature != NULL);
   NestingGuard guard;
   result.clear();
-  if (!needsExpansion()) return extendStatus(command_->execute(feature, params_, result));
-  VEX_TRY(expandAll(feature, table));
-  return extendStatus(command_->execute(feature, expanded_, result));
+  if (needsExpansion()) VEX_TRY(expandAll(feature, table));
+  return extendStatus(command_->execute(feature, needsExpansion() ? expanded_ : params_, result));
 }
 
 VEXStatus VEXCommandParm::executeList(VEXFeaturePtr& feature, VEXVariableTable& table, VEXStringVector& results) {

@@ -29,6 +29,8 @@ class VEXCommandParm {
   VEXStatus extractValue(VEXFeaturePtr& feature, std::string_view value, VEXVariableTable& table, std::string& result);
   // One extract per value; the results, joined, are stored under the first variable.
   VEXStatus extractList(VEXFeaturePtr& feature, const VEXStringVector& values, VEXVariableTable& table);
+  // An argument holds a %variable, an &attribute or a call: its text is made anew for each feature.
+  bool needsExpansion() const { return !variables_.empty() || !expressions_.empty(); }
   // Appends every %name found in the arguments, in order, each once.
   void variables(VEXStringVector& names) const;
 
@@ -47,7 +49,6 @@ class VEXCommandParm {
     std::vector<Piece> pieces;
   };
 
-  bool needsExpansion() const { return !variables_.empty() || !expressions_.empty(); }
   static Plan planOf(const std::string& argument);
   static bool expandSimply(const Plan& plan, const VEXFeature* feature, const VEXVariableTable& table,
                            std::string& out);

@@ -62,7 +62,7 @@ VEXStatus VEXRuleCommand::test(const VEXFeaturePtr& feature, const VEXStringVect
 }
 
 VEXStatus VEXRuleCommand::execute(VEXFeaturePtr& feature, const VEXStringVector& params, std::string& result) {
-  VEX_TRY(test(feature, params));
+  if (!params.empty() || !takesNothing_ || feature == nullptr) VEX_TRY(test(feature, params));
   return extendStatus(work(feature, VEXArgs(params), result));
 }
 

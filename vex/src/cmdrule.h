@@ -93,7 +93,7 @@ class VEXArgs {
 
 class VEXRuleCommand : public VEXCommand {
  public:
-  explicit VEXRuleCommand(const VEXCommandRule& rule) : rule_(rule) {}
+  explicit VEXRuleCommand(const VEXCommandRule& rule) : rule_(rule), takesNothing_(rule.count.accepts(0)) {}
   const char* name() const override { return rule_.name; }
   VEXStatus execute(VEXFeaturePtr& feature, const VEXStringVector& params, std::string& result) override;
   VEXStatus extract(VEXFeaturePtr& feature, const VEXStringVector& params, std::string& result) override;
@@ -102,13 +102,14 @@ class VEXRuleCommand : public VEXCommand {
 
  protected:
   // Tests count, feature and arguments by the rule; for functions whose two directions differ.
-  VEXStatus test(const VEXFeaturePtr& feature, const VEXStringVector& params) const;
+  [[gnu::noinline]] VEXStatus test(const VEXFeaturePtr& feature, const VEXStringVector& params) const;
   virtual VEXStatus work(VEXFeaturePtr& feature, const VEXArgs& args, std::string& result) = 0;
   // The source direction of a function ruled Inverse: undoes what work does.
   virtual VEXStatus inverse(VEXFeaturePtr& feature, const VEXArgs& args, std::string& result);
 
  private:
   const VEXCommandRule& rule_;
+  const bool takesNothing_;  // a call without arguments is right, and has none to be tested
 };
 
 // "@Name(a,b,c)", as messages show a call.

@@ -97,7 +97,7 @@ VEXStatus damaged(std::size_t bytes) {
 std::size_t storedBytes(const VEXFeature& feature) {
   constexpr std::size_t kCounts = 4 * 6 + 2 + 1;  // of attributes, names, coordinates, commands; type, system, code
   std::size_t bytes = kCounts + feature.featureType().size() + feature.coordSys().size();
-  feature.forEachAttribute([&bytes](VEXName, const std::string& value) { bytes += 8 + value.size(); });
+  feature.forEachAttribute([&bytes](VEXName, std::string_view value) { bytes += 8 + value.size(); });
   bytes += 4 * feature.sequence().size();
   bytes += feature.numCoords() * sizeof(double) * static_cast<std::size_t>(feature.dimension());
   for (const std::string& command : feature.reprojectionCommands()) bytes += 4 + command.size();
@@ -107,7 +107,7 @@ std::size_t storedBytes(const VEXFeature& feature) {
 void putStoredFeature(char* at, const VEXFeature& feature, VEXNameDictionary& names) {
   at = putNumber(at, static_cast<std::uint32_t>(feature.numAttributes()));
   feature.forEachAttribute(
-      [&](VEXName name, const std::string& value) { at = putText(putNumber(at, names.indexOf(name)), value); });
+      [&](VEXName name, std::string_view value) { at = putText(putNumber(at, names.indexOf(name)), value); });
   at = putNumber(at, static_cast<std::uint32_t>(feature.sequence().size()));
   for (VEXName name : feature.sequence()) at = putNumber(at, names.indexOf(name));
   at = putText(at, feature.featureType());

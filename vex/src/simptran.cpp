@@ -1,7 +1,5 @@
 #include "vex/src/simptran.h"
 
-#include <functional>
-
 #include "vex/factory/pipeline.h"
 #include "vex/inc/numtext.h"
 #include "vex/src/cmdrgstr.h"
@@ -55,9 +53,9 @@ bool isRejection(const VEXStatus& failure) {
 }
 
 // What the pipeline gives its features to.
+template <class Take>  // VEXStatus(VEXFeaturePtr&)
 class Outlet final : public VEXPipelineSink {
  public:
-  using Take = std::function<VEXStatus(VEXFeaturePtr&)>;
   explicit Outlet(Take take) : take_(std::move(take)) {}
   VEXStatus takeOutput(std::int32_t, const std::string&, VEXFeaturePtr& feature) override {
     return extendStatus(take_(feature));

@@ -213,7 +213,7 @@ bool VEXTclInterp::getVar(const std::string& name, std::string& value, const std
   return text != nullptr;
 }
 
-bool VEXTclInterp::setVar(const std::string& name, const std::string& value, const std::string& element) {
+bool VEXTclInterp::setVar(const std::string& name, std::string_view value, const std::string& element) {
   return isReady() &&
          tcl().setVar2(interp_, name.c_str(), elementOf(element), toTcl(value).c_str(), kGlobalOnly) != nullptr;
 }

@@ -42,7 +42,7 @@ class VEXTclInterp {
 
   // A global variable, or an element of a global array when `element` is not empty.
   bool getVar(const std::string& name, std::string& value, const std::string& element = {}) const;
-  bool setVar(const std::string& name, const std::string& value, const std::string& element = {});
+  bool setVar(const std::string& name, std::string_view value, const std::string& element = {});
   bool unsetVar(const std::string& name, const std::string& element = {});
   // Watches a global variable. To watch the elements of an array, make the array first ("array set name {}"). Inside
   // a trace the variable itself is not watched.

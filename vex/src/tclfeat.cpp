@@ -163,7 +163,7 @@ void VEXTclFeature::onAttributes(Access access, const std::string& element) {
   if (access == Access::Array) {
     showAllAttributes();
   } else if (access == Access::Read) {
-    const std::string* value = current == nullptr ? nullptr : current->findAttribute(element);
+    const VEXText* value = current == nullptr ? nullptr : current->findAttribute(element);
     if (value != nullptr) {
       elements_.insert(element);
       interp_.setVar(kAttributes, *value, element);
@@ -193,7 +193,7 @@ void VEXTclFeature::showAllAttributes() {
     return true;
   });
   if (current == nullptr) return;
-  current->forEachAttribute([this](VEXName name, const std::string& value) {
+  current->forEachAttribute([this](VEXName name, std::string_view value) {
     elements_.insert(name.text());
     interp_.setVar(kAttributes, value, name.text());
   });

@@ -55,10 +55,10 @@ VEXStatus VEXChannel::writeGroup(VEXGroup& group) {
 }
 
 VEXStatus VEXChannel::writeFeature(VEXFeature& feature) {
-  if (coordSys_.empty()) {
-    coordSys_ = feature.coordSys();
-  } else if (!feature.coordSys().empty() && feature.coordSys() != coordSys_) {
-    return makeStatus(kTwoCoordSystems, {feature.coordSys(), coordSys_, feature.featureType()});
+  const std::string& coordSys = feature.coordSys();
+  if (!coordSys.empty() && coordSys != coordSys_) {
+    if (!coordSys_.empty()) return makeStatus(kTwoCoordSystems, {coordSys, coordSys_, feature.featureType()});
+    coordSys_ = coordSys;
   }
   // Nothing moves the coordinates from here on, so what would have followed such a move is done with.
   if (!feature.reprojectionCommands().empty()) feature.setReprojectionCommands({});

@@ -13,6 +13,7 @@ VEXTranslationSpec::VEXTranslationSpec(std::unique_ptr<VEXFeatureSpec> source, s
   VEX_ASSERT(destSpec_ != NULL);
   sourceSpec_->bindVariables(variables_);
   destSpec_->bindVariables(variables_);
+  destSpec_->takeFrom(*sourceSpec_);
 }
 
 namespace {
@@ -97,9 +98,10 @@ VEXStatus VEXCorrelator::correlateByType(std::string_view typeName, VEXFeaturePt
   const SpecList* pairs = specDict_->find(typeName);
   if (pairs == nullptr) return nullptr;
   for (const auto& pair : *pairs) {
-    pair->variables_.clear();
-    VEX_TRY(pair->sourceSpec_->matches(feature, pair->variables_, matched));
+    matched = pair->sourceSpec_->matchesConstants(*feature);  // the look-up has seen to the type
     if (!matched) continue;
+    pair->variables_.clear();
+    VEX_TRY(pair->sourceSpec_->take(feature, pair->variables_));
     if (feature != nullptr) VEX_TRY(pair->destSpec_->apply(feature, pair->variables_));
     if (pair->converted_ == nullptr) {
       pair->converted_ = converted_.counter(pair->sourceSpec_->description());

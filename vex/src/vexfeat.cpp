@@ -76,7 +76,7 @@ bool VEXFeature::isKnownGeomType(std::uint32_t code) {
 
 const char* VEXFeature::geomTypeName(std::uint32_t code) {
   const GeometryName* row = findGeometry(code);
-  return row != nullptr ? row->name.data() : kGeometryNames[0].name.data();
+  return (row != nullptr ? row->name : kGeometryNames[0].name).data();
 }
 
 void VEXFeature::setDimension(int dimension) {

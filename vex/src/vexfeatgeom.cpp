@@ -139,7 +139,7 @@ VEXStatus VEXFeature::buildAggregate(VEXFeatureVector& parts) {
 
 VEXStatus VEXFeature::splitAggregate(bool recursive, VEXFeatureVector& featureVector) const {
   VEX_ASSERT(featureVector.empty());
-  if (geomType_ != VEX_GEOM_AGGREGATE) return makeStatus(878001, {featureType_, geomTypeName(geomType_)});
+  if (geomType_ != VEX_GEOM_AGGREGATE) return makeStatus(878001, {featureType(), geomTypeName(geomType_)});
   const VEXLine line = VEXLine::viewOf(*this);
   std::vector<VEXLineRange> ranges;
   VEX_TRY(recursive ? line.leaves(ranges) : line.directParts(ranges));

@@ -96,7 +96,7 @@ VEXStatus VEXGrouper::addMembership(const VEXStringVector& row) {
   if (member->entry == nullptr) return makeStatus(kKeyNotFound);
   VEX_TRY(member->spec.parse(row, 2));
   member->spec.bindVariables(member->variables);
-  member->isTypeOnly = member->spec.namesType() && member->spec.isTypeOnly();
+  member->isTypeOnly = member->spec.isTypeOnly();
   membershipByType_[member->spec.featureType()].list.push_back(std::move(member));
   return nullptr;
 }
@@ -104,13 +104,12 @@ VEXStatus VEXGrouper::addMembership(const VEXStringVector& row) {
 // The first membership of the list that takes the feature; null when none does.
 VEXStatus VEXGrouper::choose(Members& members, VEXFeaturePtr& feature, Membership*& chosen) {
   for (std::unique_ptr<Membership>& member : members.list) {
-    bool matched = member->isTypeOnly;  // then the look-up by type was the whole test
-    if (!matched) {
+    if (!member->isTypeOnly) {  // otherwise the look-up by type was the whole test
+      if (!member->spec.matchesConstants(*feature)) continue;
       member->variables.clear();
-      VEX_TRY(member->spec.matches(feature, member->variables, matched));
+      VEX_TRY(member->spec.take(feature, member->variables));
       if (feature == nullptr) return makeStatus(kFeatureDeleted);
     }
-    if (!matched) continue;
     chosen = member.get();
     return nullptr;
   }

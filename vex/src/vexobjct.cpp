@@ -8,12 +8,12 @@
 
 // ---- the table ----
 
-const std::string* VEXAttributeTable::find(VEXName name) const {
+const VEXText* VEXAttributeTable::find(VEXName name) const {
   std::uint32_t place = 0;
   return findAnew(name, place);
 }
 
-const std::string* VEXAttributeTable::findAnew(VEXName name, std::uint32_t& place) const {
+const VEXText* VEXAttributeTable::findAnew(VEXName name, std::uint32_t& place) const {
   if (name.isNull()) return nullptr;
   for (std::int32_t at = buckets_[bucketOf(name)]; at >= 0;) {
     const Slot& slot = slots_[static_cast<std::size_t>(at)];
@@ -26,7 +26,24 @@ const std::string* VEXAttributeTable::findAnew(VEXName name, std::uint32_t& plac
   return nullptr;
 }
 
-std::string& VEXAttributeTable::findOrAdd(VEXName name) {
+void VEXAttributeTable::storeLong(VEXText& text, std::string_view value) {
+  text.assign(value);
+  hasLarge_ |= text.hasLargeBuffer();
+}
+
+// Growing the slots moves the short texts, and the value may be one of them.
+void VEXAttributeTable::setAnew(VEXName name, std::string_view value) {
+  if (VEXText* text = next(name)) {
+    store(*text, value);
+  } else if (value.size() <= VEXText::kShort) {
+    const VEXText kept(value);
+    findOrAdd(name).assign(kept);
+  } else {
+    store(findOrAdd(name), value);
+  }
+}
+
+VEXText& VEXAttributeTable::findOrAdd(VEXName name) {
   for (std::int32_t at = buckets_[bucketOf(name)]; at >= 0;) {
     Slot& slot = slots_[static_cast<std::size_t>(at)];
     if (slot.name == name) {
@@ -44,7 +61,6 @@ std::string& VEXAttributeTable::findOrAdd(VEXName name) {
     linked_ = ++used_;
     if (used_ > slots_.size()) slots_.emplace_back();
   }
-  ++numEntries_;
   slots_[at].name = name;
   slots_[at].value.clear();
   link(at);
@@ -69,6 +85,23 @@ void VEXAttributeTable::dropOldChains() {
   linked_ = used_;
 }
 
+[[gnu::noinline]] std::size_t VEXAttributeTable::takeInOrder(const VEXAttributeTable& source,
+                                                             std::span<const VEXTransfer> transfers) {
+  const Slot* const theirs = source.slots_.data();
+  const std::size_t numTheirs = source.used_;
+  Slot* mine = slots_.data() + used_;
+  const VEXTransfer* transfer = transfers.data();
+  const VEXTransfer* const end = transfer + std::min(transfers.size(), linked_ - used_);
+  for (; transfer != end && transfer->place < numTheirs; ++transfer, ++mine) {
+    const Slot& from = theirs[transfer->place];
+    if (from.name != transfer->from || mine->name != transfer->to || from.value.size() > VEXText::kShort) break;
+    mine->value.assign(from.value);
+  }
+  const auto taken = static_cast<std::size_t>(transfer - transfers.data());
+  used_ += taken;
+  return taken;
+}
+
 bool VEXAttributeTable::remove(VEXName name) {
   if (name.isNull()) return false;
   dropOldChains();
@@ -79,7 +112,6 @@ bool VEXAttributeTable::remove(VEXName name) {
       isInOrder_ = false;
       *place = slot.next;
       slot.name = VEXName();
-      --numEntries_;
       return true;
     }
     place = &slot.next;
@@ -87,23 +119,27 @@ bool VEXAttributeTable::remove(VEXName name) {
   return false;
 }
 
-void VEXAttributeTable::clear() {
+// Before the slots are emptied: what is not kept for the next filling.
+void VEXAttributeTable::tidy() {
+  if (hasLarge_) {
+    hasLarge_ = false;
+    for (std::size_t at = 0; at < slots_.size(); ++at) {
+      if (at >= used_) slots_[at].value.clear();
+      hasLarge_ |= slots_[at].value.trim();
+    }
+  }
   if (!isInOrder_) {
     unlinkAll();
     spare_.clear();
     linked_ = 0;
     isInOrder_ = true;
   }
-  used_ = 0;
-  numEntries_ = 0;
 }
 
-void VEXAttributeTable::compact() {
-  std::size_t wanted = 4 * numEntries_ + 1;
-  bool loadIsRight = numEntries_ * 2 <= buckets_.size() && numEntries_ * 8 >= buckets_.size();
-  if (loadIsRight || buckets_.size() == wanted) return;
+void VEXAttributeTable::rebuild(std::size_t numBuckets) {
+  if (buckets_.size() == numBuckets) return;
   dropOldChains();
-  std::vector<std::int32_t> old(wanted, -1);
+  std::vector<std::int32_t> old(numBuckets, -1);
   old.swap(buckets_);
   isInOrder_ = false;
   for (std::int32_t head : old) {
@@ -121,7 +157,7 @@ void VEXAttributeTable::copyFrom(const VEXAttributeTable& source) {
     buckets_.assign(source.buckets_.size(), -1);
     linked_ = 0;
   }
-  source.forEach([this](VEXName name, const std::string& value) { set(name, value); });
+  source.forEach([this](VEXName name, const VEXText& value) { set(name, value); });
 }
 
 void VEXAttributeTable::swap(VEXAttributeTable& other) noexcept {
@@ -131,7 +167,7 @@ void VEXAttributeTable::swap(VEXAttributeTable& other) noexcept {
   std::swap(used_, other.used_);
   std::swap(linked_, other.linked_);
   std::swap(isInOrder_, other.isInOrder_);
-  std::swap(numEntries_, other.numEntries_);
+  std::swap(hasLarge_, other.hasLarge_);
 }
 
 // ---- single attributes ----
@@ -150,12 +186,12 @@ const std::string& smallIntegerText(std::size_t value) {
 
 }  // namespace
 
-const std::string* VEXObject::findAttribute(std::string_view name) const {
-  return attributes_.find(VEXName::find(name));
+const VEXText* VEXObject::findAttribute(std::string_view name) const {
+  return attributes_->find(VEXName::find(name));
 }
 
 void VEXObject::setAttribute(std::string_view name, std::string_view value) {
-  if (!name.empty()) attributes_.set(VEXName::intern(name), value);
+  if (!name.empty()) attributes_->set(VEXName::intern(name), value);
 }
 
 void VEXObject::setInteger(std::string_view name, std::int64_t value) {
@@ -170,27 +206,27 @@ void VEXObject::setReal(std::string_view name, double value) {
 }
 
 bool VEXObject::getString(std::string_view name, std::string& value) const {
-  const std::string* found = findAttribute(name);
+  const VEXText* found = findAttribute(name);
   if (found != nullptr) value = *found;
   return found != nullptr;
 }
 
 bool VEXObject::getInteger(std::string_view name, std::int32_t& value) const {
-  const std::string* found = findAttribute(name);
+  const VEXText* found = findAttribute(name);
   return found != nullptr && textToInteger(*found, value);
 }
 
 bool VEXObject::getReal(std::string_view name, double& value) const {
-  const std::string* found = findAttribute(name);
+  const VEXText* found = findAttribute(name);
   return found != nullptr && textToReal(*found, value);
 }
 
 void VEXObject::removeAttribute(std::string_view name) {
-  attributes_.remove(VEXName::find(name));
+  attributes_->remove(VEXName::find(name));
 }
 
 void VEXObject::allAttributeNames(VEXStringVector& names) const {
-  attributes_.forEach([&names](VEXName name, const std::string&) { names.push_back(name.text()); });
+  attributes_->forEach([&names](VEXName name, const VEXText&) { names.push_back(name.text()); });
 }
 
 // ---- sequence ----
@@ -202,25 +238,25 @@ void VEXObject::removeFromSequence(VEXName name) {
 
 void VEXObject::setSequenced(VEXName name, std::string_view value) {
   if (attributeExists(name)) removeFromSequence(name);  // only a name in the table can stand in the sequence twice
-  attributes_.set(name, value);
+  attributes_->set(name, value);
   sequencedAttrNames_.push_back(name);
 }
 
 void VEXObject::orderedAttributes(VEXStringVector& names, VEXStringVector& values) const {
   std::vector<VEXName> offered;
   for (VEXName name : sequencedAttrNames_) {
-    const std::string* value = attributes_.find(name);
+    const VEXText* value = attributes_->find(name);
     if (name.isListName() || value == nullptr) continue;
     const std::string& text = name.text();
     std::size_t colon = text[0] == ' ' ? text.find(':') : std::string::npos;
     names.push_back(colon == std::string::npos ? text : text.substr(colon + 1));
-    values.push_back(*value);
+    values.emplace_back(*value);
     offered.push_back(name);
   }
-  attributes_.forEach([&](VEXName name, const std::string& value) {
+  attributes_->forEach([&](VEXName name, const VEXText& value) {
     if (name.isListName() || std::find(offered.begin(), offered.end(), name) != offered.end()) return;
     names.push_back(name.text());
-    values.push_back(value);
+    values.emplace_back(value);
   });
 }
 
@@ -248,7 +284,7 @@ VEXStatus VEXObject::getList(std::string_view name, VEXStringVector& values, boo
   std::size_t brace = 0;
   VEX_TRY(checkListTemplate(name, brace));
   values.clear();
-  while (const std::string* value = findAttribute(elementName(name, brace, values.size()))) values.push_back(*value);
+  while (const VEXText* value = findAttribute(elementName(name, brace, values.size()))) values.emplace_back(*value);
   found = !values.empty();
   return nullptr;
 }
@@ -265,7 +301,7 @@ VEXStatus VEXObject::removeList(std::string_view name) {
   VEX_TRY(checkListTemplate(name, brace));
   for (std::size_t i = 0;; ++i) {
     VEXName element = VEXName::find(elementName(name, brace, i));
-    if (!attributes_.remove(element)) return nullptr;
+    if (!attributes_->remove(element)) return nullptr;
   }
 }
 
@@ -289,7 +325,7 @@ VEXStatus VEXObject::setPairs(std::string_view nameTemplate, std::string_view pa
 
 std::string VEXObject::pairs(std::string_view prefix) const {
   std::string text;
-  attributes_.forEach([&](VEXName name, const std::string& value) {
+  attributes_->forEach([&](VEXName name, const VEXText& value) {
     if (!std::string_view(name.text()).starts_with(prefix)) return;
     if (!text.empty()) text += kListMark;
     text += name.text();
@@ -302,52 +338,46 @@ std::string VEXObject::pairs(std::string_view prefix) const {
 // ---- the whole object ----
 
 void VEXObject::resetAttributes() {
-  if (isShelved_) attributes_.swap(shelf_);  // each table meets the names again that it held before
-  isShelved_ = false;
+  attributes_ = &tables_[0];  // each table meets the names again that it held before
+  shelf_ = &tables_[1];
   clearAttributes();
-  featureType_.clear();
-}
-
-void VEXObject::clearAttributes() {
-  attributes_.clear();
-  sequencedAttrNames_.clear();
+  featureType_ = &kNoType;
 }
 
 void VEXObject::cloneAttributes(const VEXObject& source) {
-  attributes_.copyFrom(source.attributes_);
+  attributes_->copyFrom(*source.attributes_);
   sequencedAttrNames_ = source.sequencedAttrNames_;
-  featureType_ = source.featureType_;
+  setFeatureType(source.featureType());
 }
 
 void VEXObject::mergeAttributes(const VEXObject& source) {
-  source.attributes_.forEach([this](VEXName name, const std::string& value) {
-    if (attributes_.find(name) == nullptr) attributes_.set(name, value);
+  source.attributes_->forEach([this](VEXName name, const VEXText& value) {
+    if (attributes_->find(name) == nullptr) attributes_->set(name, value);
   });
 }
 
 void VEXObject::overwriteAttributes(const VEXObject& source) {
-  source.attributes_.forEach([this](VEXName name, const std::string& value) { attributes_.set(name, value); });
+  source.attributes_->forEach([this](VEXName name, const VEXText& value) { attributes_->set(name, value); });
 }
 
 void VEXObject::upperCaseNames() {
   VEXAttributeTable upper;
-  attributes_.forEach(
-      [&](VEXName name, const std::string& value) { upper.set(VEXName::intern(upperCased(name.text())), value); });
-  attributes_.swap(upper);
+  attributes_->forEach(
+      [&](VEXName name, const VEXText& value) { upper.set(VEXName::intern(upperCased(name.text())), value); });
+  attributes_->swap(upper);
   for (VEXName& name : sequencedAttrNames_) name = VEXName::intern(upperCased(name.text()));
 }
 
 std::string VEXObject::textForm() const {
-  std::string text = featureType_;
-  attributes_.forEach(
-      [&text](VEXName name, const std::string& value) { ((text += '+') += name.text() + '+') += value; });
+  std::string text = featureType();
+  attributes_->forEach([&text](VEXName name, const VEXText& value) { ((text += '+') += name.text() + '+') += value; });
   return text;
 }
 
-void VEXObject::shelveAttributes() {
-  attributes_.swap(shelf_);
-  isShelved_ = !isShelved_;
-  clearAttributes();
+[[gnu::noinline]] void valuesOf(const VEXObject& object, std::span<VEXColumn> columns,
+                                std::span<std::string_view> row) {
+  std::string_view* value = row.data();
+  for (VEXColumn& column : columns) *value++ = column.valueIn(object);
 }
 
 namespace {

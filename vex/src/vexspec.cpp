@@ -7,8 +7,6 @@
 
 namespace {
 
-bool transferReport = false;  // ORV_DEBUG TRANSFER_PROCESS
-
 // Names may hold any printable character; what is refused are control characters.
 bool isAttributeName(std::string_view name) {
   return std::none_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; });
@@ -16,6 +14,15 @@ bool isAttributeName(std::string_view name) {
 
 bool isSequencedName(std::string_view name) {
   return name.find('{') != std::string_view::npos || (name.size() > 6 && name.ends_with(".Class"));
+}
+
+// From the attributes that were put aside to the new ones. A value that equals the default is carried by absence.
+void copyDirectly(VEXFeature& feature, const VEXTransferVariable& variable, std::uint32_t& place) {
+  if (const VEXText* value = feature.findShelved(variable.source_, place)) {
+    if (variable.default_.empty() || *value != variable.default_) feature.setAttribute(variable.attr_, *value);
+  } else if (!variable.sourceDefault_.empty() && variable.sourceDefault_ != variable.default_) {
+    feature.setAttribute(variable.attr_, variable.sourceDefault_);
+  }
 }
 
 // A list as it travels in one variable: the mark, then the elements.
@@ -48,7 +55,7 @@ VEXStatus checkName(const std::string& name, bool& isList) {
 }  // namespace
 
 void VEXFeatureSpec::setTransferReport(bool on) {
-  transferReport = on;
+  transferReport_ = on;
 }
 
 VEXStatus VEXFeatureSpec::parse(const VEXStringVector& row, std::size_t firstToken, std::size_t lastToken) {
@@ -56,9 +63,9 @@ VEXStatus VEXFeatureSpec::parse(const VEXStringVector& row, std::size_t firstTok
   if (row.empty() || firstToken > lastToken)
     return makeStatus(252001, {joined(row, " "), integerText(static_cast<std::int64_t>(lastToken)),
                                integerText(static_cast<std::int64_t>(firstToken))});
-  featureType_ = row[firstToken];
-  description_ = featureType_;
-  useFeatureType_ = !featureType_.starts_with('*');
+  featureType_ = VEXName::intern(row[firstToken]);
+  description_ = featureType();
+  useFeatureType_ = !description_.starts_with('*');
   for (std::size_t at = firstToken + 1; at <= lastToken; ++at) {
     if (row[at].starts_with('@')) {
       functions_.push_back(std::make_unique<VEXCommandParm>());
@@ -87,6 +94,8 @@ VEXStatus VEXFeatureSpec::addAttribute(const std::string& name, const std::strin
     variable.isList_ = isList;
     variable.isSequenced_ = attr.isListName();
     transferVars_.push_back(std::move(variable));
+    transfers_.emplace_back();
+    capturesAny_ = true;
     return nullptr;
   }
   if (value.starts_with('@')) {
@@ -102,10 +111,6 @@ VEXStatus VEXFeatureSpec::addAttribute(const std::string& name, const std::strin
   return nullptr;
 }
 
-bool VEXFeatureSpec::isTypeOnly() const {
-  return useFeatureType_ && attrPaths_.empty() && transferVars_.empty() && functions_.empty() && attrFunctions_.empty();
-}
-
 void VEXFeatureSpec::collectVariables(VEXStringVector& names) const {
   for (const VEXTransferVariable& variable : transferVars_) names.push_back(variable.varName_);
   for (const auto& function : functions_) function->variables(names);
@@ -116,10 +121,42 @@ void VEXFeatureSpec::bindVariables(VEXVariableTable& variables) {
   for (VEXTransferVariable& variable : transferVars_) variable.slot_ = variables.slotOf(variable.varName_);
 }
 
-bool VEXFeatureSpec::matchesAttributes(const VEXFeature& feature) const {
-  if (useFeatureType_ && feature.featureType() != featureType_) return false;
+bool VEXFeatureSpec::hasReferences() const {
+  auto isMadeAnew = [](const VEXCommandParm& call) { return call.needsExpansion(); };
+  return std::any_of(functions_.begin(), functions_.end(), [&](const auto& call) { return isMadeAnew(*call); }) ||
+         std::any_of(attrFunctions_.begin(), attrFunctions_.end(),
+                     [&](const auto& function) { return isMadeAnew(*function.function_); });
+}
+
+// A call with references can set a variable (source row), or read it under a name that comes out of a value.
+void VEXFeatureSpec::takeFrom(VEXFeatureSpec& source) {
+  auto named = [](const std::string& name) {
+    return [&name](const VEXTransferVariable& variable) { return variable.varName_ == name; };
+  };
+  if (!useFeatureType_ || source.hasReferences()) return;
+  for (VEXTransferVariable& variable : transferVars_) {
+    auto& all = source.transferVars_;
+    auto only = std::find_if(all.begin(), all.end(), named(variable.varName_));
+    if (only == all.end() || std::count_if(only, all.end(), named(variable.varName_)) != 1) continue;
+    variable.isDirect_ = !variable.isList_ && !variable.isSequenced_ && !only->isList_;
+    variable.source_ = only->attr_;
+    variable.sourceDefault_ = only->default_;
+    if (variable.isDirect_ && variable.default_.empty())
+      transfers_[static_cast<std::size_t>(&variable - transferVars_.data())] = {variable.source_, variable.attr_, 0};
+  }
+  if (hasReferences()) return;
+  source.capturesAny_ = false;
+  for (VEXTransferVariable& variable : source.transferVars_) {
+    variable.isDirect_ = std::none_of(transferVars_.begin(), transferVars_.end(), [&](const VEXTransferVariable& use) {
+      return use.varName_ == variable.varName_ && !use.isDirect_;
+    });
+    source.capturesAny_ |= !variable.isDirect_;
+  }
+}
+
+bool VEXFeatureSpec::hasConstants(const VEXFeature& feature) const {
   for (std::size_t i = 0; i < attrPaths_.size(); ++i) {
-    const std::string* value = feature.findAttribute(attrPaths_[i]);
+    const VEXText* value = feature.findAttribute(attrPaths_[i]);
     if (value == nullptr || *value != attrVals_[i]) return false;
   }
   return true;
@@ -127,9 +164,7 @@ bool VEXFeatureSpec::matchesAttributes(const VEXFeature& feature) const {
 
 // ---- source side ----
 
-VEXStatus VEXFeatureSpec::matches(VEXFeaturePtr& feature, VEXVariableTable& variables, bool& matched) const {
-  matched = matchesAttributes(*feature);
-  if (!matched) return nullptr;
+VEXStatus VEXFeatureSpec::extractAll(VEXFeaturePtr& feature, VEXVariableTable& variables) const {
   VEX_TRY(runFunctions(feature, variables, true));
   std::string result;
   for (auto function = attrFunctions_.begin(); function != attrFunctions_.end() && feature != nullptr; ++function) {
@@ -139,13 +174,11 @@ VEXStatus VEXFeatureSpec::matches(VEXFeaturePtr& feature, VEXVariableTable& vari
       VEX_TRY(feature->getList(function->attrName_, values, found));
       VEX_TRY(function->function_->extractList(feature, values, variables));
     } else {
-      const std::string* found = feature->findAttribute(function->attr_);
-      std::string value = found == nullptr ? std::string() : *found;
+      const VEXText* found = feature->findAttribute(function->attr_);
+      const std::string value(found == nullptr ? std::string_view() : *found);
       VEX_TRY(function->function_->extractValue(feature, value, variables, result));
     }
   }
-  capture(feature.get(), variables);
-  if (transferReport && feature != nullptr) reportIgnored(*feature);
   return nullptr;
 }
 
@@ -163,6 +196,7 @@ void VEXFeatureSpec::capture(const VEXFeature* feature, VEXVariableTable& variab
   if (feature == nullptr) return;
   std::string missing;
   for (const VEXTransferVariable& variable : transferVars_) {
+    if (variable.isDirect_ && !transferReport_) continue;
     if (variable.isList_) {
       VEXStringVector values;
       bool found = false;
@@ -171,18 +205,19 @@ void VEXFeatureSpec::capture(const VEXFeature* feature, VEXVariableTable& variab
         variables.set(variable.slot_, listText(values));
         continue;
       }
-    } else if (const std::string* value = feature->findAttribute(variable.attr_, variable.place_)) {
+    } else if (const VEXText* value = feature->findAttribute(variable.attr_, variable.place_)) {
       variables.setView(variable.slot_, *value);
       continue;
     }
     if (!variable.default_.empty())
       variables.setView(variable.slot_, variable.default_);
-    else if (transferReport)
+    else if (transferReport_)
       missing += variable.attrName_ + "(" + variable.varName_ + ") ";
   }
   if (!missing.empty())
     logMessage(VEXSeverity::Warn, 252005,
                {"Attributes not available for transfer from instance of `" + feature->featureType() + "': " + missing});
+  if (transferReport_) reportIgnored(*feature);
 }
 
 void VEXFeatureSpec::reportIgnored(const VEXFeature& feature) const {
@@ -193,17 +228,24 @@ void VEXFeatureSpec::reportIgnored(const VEXFeature& feature) const {
            std::any_of(attrFunctions_.begin(), attrFunctions_.end(), names);
   };
   std::string ignored;
-  feature.forEachAttribute([&](VEXName name, const std::string&) {
+  feature.forEachAttribute([&](VEXName name, std::string_view) {
     if (!isUsed(name)) ignored += name.text() + " ";
   });
   if (!ignored.empty())
-    logMessage(VEXSeverity::Warn, 252006, {"Attributes IGNORED for featuretype `" + featureType_ + "': " + ignored});
+    logMessage(VEXSeverity::Warn, 252006, {"Attributes IGNORED for featuretype `" + featureType() + "': " + ignored});
 }
 
 // ---- destination side ----
 
 VEXStatus VEXFeatureSpec::apply(VEXFeaturePtr& feature, VEXVariableTable& variables) const {
-  const std::string oldType = transferReport ? feature->featureType() : std::string();
+  if (!transferReport_) return extendStatus(rewrite(feature, variables));
+  const std::string oldType = feature->featureType();
+  VEX_TRY(rewrite(feature, variables));
+  reportMissing(oldType, variables);
+  return nullptr;
+}
+
+VEXStatus VEXFeatureSpec::rewrite(VEXFeaturePtr& feature, VEXVariableTable& variables) const {
   // Variables may look into the attribute values they were captured from. Those stay readable while the feature
   // is filled anew; where the attributes stay on the feature the values are copied first.
   if (useFeatureType_) {
@@ -214,32 +256,43 @@ VEXStatus VEXFeatureSpec::apply(VEXFeaturePtr& feature, VEXVariableTable& variab
   for (std::size_t i = 0; i < attrPaths_.size(); ++i)
     setOneValue(*feature, attrPaths_[i], attrIsSequenced_[i], attrVals_[i]);
   if (useFeatureType_) feature->setFeatureType(featureType_);
+  VEX_TRY(setFromVariables(*feature, variables));
+  if (!attrFunctions_.empty()) VEX_TRY(setFromFunctions(feature, variables));
+  if (!functions_.empty()) VEX_TRY(runFunctions(feature, variables, false));
+  return nullptr;
+}
+void VEXFeatureSpec::reportMissing(const std::string& oldType, const VEXVariableTable& variables) const {
   std::string missing;
-  VEX_TRY(setFromVariables(*feature, variables, missing));
-  VEX_TRY(setFromFunctions(feature, variables));
-  VEX_TRY(runFunctions(feature, variables, false));
+  std::string_view value;
+  for (const VEXTransferVariable& variable : transferVars_)
+    if (!variables.get(variable.slot_, value)) missing += variable.attrName_ + "(" + variable.varName_ + ") ";
   if (!missing.empty())
-    logMessage(
-        VEXSeverity::Warn, 252004,
-        {"Attributes requested for `" + featureType_ + "' but not found in instance of `" + oldType + "': " + missing});
+    logMessage(VEXSeverity::Warn, 252004,
+               {"Attributes requested for `" + featureType() + "' but not found in instance of `" + oldType +
+                "': " + missing});
+}
+
+VEXStatus VEXFeatureSpec::setFromVariables(VEXFeature& feature, const VEXVariableTable& variables) const {
+  for (std::size_t at = 0; at < transferVars_.size(); ++at) {
+    if (!transferReport_) at += feature.takeShelved(std::span(transfers_).subspan(at));
+    if (at == transferVars_.size()) break;
+    const VEXTransferVariable& variable = transferVars_[at];
+    if (variable.isDirect_ && !transferReport_)
+      copyDirectly(feature, variable, transfers_[at].place);
+    else
+      VEX_TRY(setFromVariable(feature, variable, variables));
+  }
   return nullptr;
 }
 
-VEXStatus VEXFeatureSpec::setFromVariables(VEXFeature& feature, const VEXVariableTable& variables,
-                                           std::string& missing) const {
+VEXStatus VEXFeatureSpec::setFromVariable(VEXFeature& feature, const VEXTransferVariable& variable,
+                                          const VEXVariableTable& variables) const {
   std::string_view value;
-  for (const VEXTransferVariable& variable : transferVars_) {
-    if (!variables.get(variable.slot_, value)) {
-      if (transferReport) missing += variable.attrName_ + "(" + variable.varName_ + ") ";
-      continue;
-    }
-    // A value that equals the default is carried by absence.
-    if (!variable.default_.empty() && value == variable.default_) continue;
-    if (variable.isList_ && !value.empty())
-      VEX_TRY(spreadList(feature, variable.attrName_, value));
-    else
-      setOneValue(feature, variable.attr_, variable.isSequenced_, value);
-  }
+  if (!variables.get(variable.slot_, value)) return nullptr;
+  // A value that equals the default is carried by absence.
+  if (!variable.default_.empty() && value == variable.default_) return nullptr;
+  if (variable.isList_ && !value.empty()) return extendStatus(spreadList(feature, variable.attrName_, value));
+  setOneValue(feature, variable.attr_, variable.isSequenced_, value);
   return nullptr;
 }
 

@@ -21,7 +21,7 @@ class VEXAttributeValue final : public VEXValue {
  public:
   explicit VEXAttributeValue(std::string_view name) : name_(VEXName::intern(name)) {}
   VEXStatus evaluate(VEXFeaturePtr& feature, std::string& out) const override {
-    const std::string* value = feature == nullptr ? nullptr : feature->findAttribute(name_);
+    const VEXText* value = feature == nullptr ? nullptr : feature->findAttribute(name_);
     if (value != nullptr) out = *value;
     return nullptr;
   }

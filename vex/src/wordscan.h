@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -114,21 +115,45 @@ inline ByteBits bitsOf(const char* text, std::size_t length) {
   return bits;
 }
 
-// Copies `count` bytes between places that do not overlap.
+// Whether two texts of one length are the same.
+inline bool isSame(const char* a, const char* b, std::size_t count) {
+  if (count > 16) return std::memcmp(a, b, count) == 0;
+  if (count >= 8) return ((load(a) ^ load(b)) | (load(a + count - 8) ^ load(b + count - 8))) == 0;
+  return loadShort(a, count) == loadShort(b, count);
+}
+inline bool isSame(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && isSame(a.data(), b.data(), a.size());
+}
+
+// Copies the first and the last word of `count` bytes; both are read before one is written.
+template <class Word>
+inline void copyEnds(char* to, const char* from, std::size_t count) {
+  Word first, last;
+  std::memcpy(&first, from, sizeof first);
+  std::memcpy(&last, from + count - sizeof last, sizeof last);
+  std::memcpy(to, &first, sizeof first);
+  std::memcpy(to + count - sizeof last, &last, sizeof last);
+}
+
+struct TwoWords {
+  std::uint64_t first, last;
+};
+
+// Copies `count` bytes; up to 32 the places may overlap, more must not.
 inline void copyShort(char* to, const char* from, std::size_t count) {
   if (count > 32) {
     std::memcpy(to, from, count);
   } else if (count >= 16) {
-    std::memcpy(to, from, 16);
-    std::memcpy(to + count - 16, from + count - 16, 16);
+    copyEnds<TwoWords>(to, from, count);
   } else if (count >= 8) {
-    std::memcpy(to, from, 8);
-    std::memcpy(to + count - 8, from + count - 8, 8);
+    copyEnds<std::uint64_t>(to, from, count);
   } else if (count >= 4) {
-    std::memcpy(to, from, 4);
-    std::memcpy(to + count - 4, from + count - 4, 4);
-  } else {
-    for (std::size_t i = 0; i < count; ++i) to[i] = from[i];
+    copyEnds<std::uint32_t>(to, from, count);
+  } else if (count > 0) {
+    const char first = from[0], middle = from[count / 2], last = from[count - 1];
+    to[0] = first;
+    to[count / 2] = middle;
+    to[count - 1] = last;
   }
 }
 

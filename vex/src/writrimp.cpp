@@ -97,9 +97,9 @@ VEXStatus VEXWriterImp::getDatasetDir(std::string& directory) const {
 VEXStringVector VEXWriterImp::definitionOf(const VEXGroup& group) const {
   VEXStringVector row = {keywords_.getDefKeyword(), group.featureType()};
   for (const VEXName name : group.sequence()) {
-    const std::string* value = group.findAttribute(name);
+    const VEXText* value = group.findAttribute(name);
     row.push_back(name.text());
-    row.push_back(value == nullptr ? std::string() : *value);
+    row.emplace_back(value == nullptr ? std::string_view() : *value);
   }
   return row;
 }

@@ -26,7 +26,7 @@ class DatabaseWriteChannel final : public VEXChannel {
   }
 
   VEXStatus writeFeatureImp(VEXFeature& feature) override {
-    for (std::size_t i = 0; i < columns_.size(); ++i) row_[i] = columns_[i].valueIn(feature);
+    valuesOf(feature, columns_, row_);
     return extendStatus(output_->writeRow(row_));
   }
 

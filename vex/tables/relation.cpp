@@ -92,7 +92,7 @@ void VEXRelation::logRecords() const {
 VEXStatus VEXRelation::read(VEXFeature& feature) {
   keys_.clear();
   for (const VEXName name : keyAttributes_)
-    if (const std::string* value = feature.findAttribute(name); value != nullptr) keys_.push_back(*value);
+    if (const VEXText* value = feature.findAttribute(name); value != nullptr) keys_.emplace_back(*value);
   records_.clear();
   if (keys_.size() == keyAttributes_.size()) VEX_TRY(table_->find(keyColumns_, keys_, records_));
   if (isUnique_ && cardinality_ == Cardinality::OneToMany) {
@@ -141,7 +141,7 @@ VEXStatus VEXRelation::storeRecord(VEXFeature& feature, bool isList, std::size_t
       name = keyAttributes_[static_cast<std::size_t>(key - keyColumns_.begin())];
     else
       name = isList ? elementName(columns[i], index) : VEXName::intern(columns[i]);
-    const std::string* value = feature.findAttribute(name);
+    const VEXText* value = feature.findAttribute(name);
     if (value == nullptr) continue;
     row_[i] = *value;
     if (key == keyColumns_.end()) isThere = true;

@@ -27,7 +27,7 @@ VEXStatus TableWriteChannel::startGroup(VEXGroup&) {
 }
 
 VEXStatus TableWriteChannel::writeFeatureImp(VEXFeature& feature) {
-  for (std::size_t i = 0; i < columns_.size(); ++i) row_[i] = columns_[i].valueIn(feature);
+  valuesOf(feature, columns_, row_);
   for (std::size_t i = 0; i < geometryColumns_.size(); ++i) {
     const std::size_t column = geometryColumns_[i];
     if (feature.numCoords() == 0 && row_[column].data() != nullptr) continue;  // an attribute in its place

@@ -76,7 +76,7 @@ TEST(Groupers, SchemaKeepsOrderAndSpelling) {
   ASSERT_EQ(numberOf(scope.grouper->findGroup(feature, group)), 0U);
   ASSERT_NE(group, nullptr);
   std::string schema;
-  for (VEXName name : group->sequence()) schema += name.text() + "=" + *group->findAttribute(name) + ";";
+  for (VEXName name : group->sequence()) ((schema += name.text() + "=") += *group->findAttribute(name)) += ";";
   EXPECT_EQ(schema, "zeta=char(10);Alpha=#1;mid{0}=date;");
   EXPECT_TRUE(group->groupType().empty() && group->groupName().empty());
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <random>
 
 #include "tests/unit/support.h"
 #include "vex/inc/numtext.h"
@@ -80,6 +81,14 @@ TEST_F(Correlation, RewritesAFeature) {
            Row{"S a @FeatureType(%t)", "D b t %t", "a", "b {t=a}"},
            Row{"S a", "D b @SupplyAttributes(v,1) @SupplyAttributes(v,&v.2)", "a", "b {v=}"},
            Row{"S a", "D * @FeatureType(z)", "a {x=1}", "z {x=1}"},
+           Row{"S a x %x", "D b p %x q %x", "a {x=1}", "b {p=1, q=1}"},
+           Row{"S a x %x y %x", "D b z %x", "a {x=1, y=2}", "b {z=2}"},
+           Row{"S a x %x y %x", "D b z %x", "a {x=1}", "b {z=1}"},
+           Row{"S a x %x:7", "D b x %x:7 y %x", "a", "b {y=7}"},
+           Row{"S a x %x", "D b x %x:7", "a", "b"},
+           Row{"S a x %x @FeatureType(%x)", "D b x %x", "a", "b {x=a}"},
+           Row{"S a x %x y %y", "D b z @Concatenate(&v) v %x w %y", "a {x=1, y=2}", "b {v=1, w=2, z=1}"},
+           Row{"S a x %x y %y", "D b z @Concatenate(%y) w %x", "a {x=1, y=%x}", "b {w=1, z=1}"},
        }) {
     ASSERT_EQ(load({row.source, row.dest}), 0U) << row.source;
     for (int round = 0; round < 2; ++round) EXPECT_EQ(correlate(row.in), row.out) << row.source << " / " << row.dest;
@@ -146,6 +155,51 @@ TEST_F(Correlation, FactoriesTestAndSetWithoutVariables) {
   EXPECT_EQ(describe(*feature), "road {c=1, l=7!, s=2, x=7}");
   ASSERT_EQ(spec.testOnly(feature, matched), nullptr);
   EXPECT_TRUE(matched);
+}
+
+// Variables that only carry an attribute's text are copied without being captured; with the transfer report on, each
+// goes through the table of variables. Both roads have to lead to the same features, whatever the rows look like.
+TEST_F(Correlation, PlainTransfersAreCopiedAsVariablesWouldBe) {
+  std::mt19937 random(381);
+  const auto pick = [&random](std::initializer_list<const char*> words) {
+    return std::string(words.begin()[random() % words.size()]);
+  };
+  const auto defaultOrNone = [&] { return pick({"", "", "", ":7", ":aDefaultThatIsLongerThanAShortText"}); };
+  for (int round = 0; round < 400; ++round) {
+    const std::size_t numVariables = 1 + random() % 4;
+    std::string source = "S t", dest = "D " + pick({"out", "out", "out", "t", "*"});
+    for (std::size_t i = 0; i < numVariables; ++i) {
+      const std::string name = "%v" + std::to_string(i);
+      for (std::size_t use = 0; use < 1 + random() % 5 / 4; ++use)
+        source += " " + pick({"a", "b", "c", "d", "p{0}", "p{}"}) + " " + name + defaultOrNone();
+      for (std::size_t use = 0; use < 1 + random() % 3 / 2; ++use)
+        dest += " " + pick({"a", "b", "c", "x", "y", "z", "q{1}", "l{}"}) + " " + name + defaultOrNone();
+      if (random() % 12 == 0) dest += " f" + std::to_string(i) + " @Concatenate(<," + name + ",&a,>)";
+      if (random() % 16 == 0) source += " @SupplyAttributes(a," + std::to_string(i) + ")";
+      if (random() % 20 == 0) source += " @FeatureType(" + name + ")";
+    }
+    ASSERT_EQ(load({source, dest}), 0U) << source << " / " << dest;
+    for (int feature = 0; feature < 6; ++feature) {
+      VEXFeaturePtr made[2] = {makeFeature("t"), makeFeature("t")};
+      for (const char* name : {"a", "b", "c", "d", "p{0}", "p{1}"}) {
+        if (random() % 4 == 0) continue;
+        const std::string value =
+            random() % 3 == 0 ? "7" : std::string(random() % 70, static_cast<char>('a' + round % 26));
+        for (VEXFeaturePtr& one : made) one->setAttribute(name, value);
+      }
+      for (int road = 0; road < 2; ++road) {
+        VEXFeatureSpec::setTransferReport(road == 1);
+        testing::internal::CaptureStderr();
+        bool matched = false;
+        EXPECT_EQ(correlator_->correlate(made[road], matched), nullptr);
+        EXPECT_TRUE(matched);
+        testing::internal::GetCapturedStderr();
+      }
+      VEXFeatureSpec::setTransferReport(false);
+      ASSERT_EQ(made[0]->textForm(), made[1]->textForm()) << source << " / " << dest;
+      ASSERT_EQ(made[0]->sequence(), made[1]->sequence()) << source << " / " << dest;
+    }
+  }
 }
 
 }  // namespace

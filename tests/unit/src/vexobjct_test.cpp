@@ -38,7 +38,7 @@ TEST(AttributeTable, SurvivesRandomSetsAndRemovals) {
     ASSERT_EQ(table.entries(), count);
   }
   std::size_t walked = 0;
-  table.forEach([&](VEXName name, const std::string& value) {
+  table.forEach([&](VEXName name, std::string_view value) {
     std::size_t which = std::stoul(name.text().substr(1));
     EXPECT_TRUE(present[which]);
     EXPECT_EQ(value, expected[which]);
@@ -65,7 +65,8 @@ TEST(AttributeTable, RefillAfterClearDoesNotSeeOldValues) {
   table.set(VEXName::intern("x"), "a long text that does not fit into the string itself");
   table.clear();
   EXPECT_EQ(table.find(VEXName::intern("x")), nullptr);
-  EXPECT_EQ(table.valueOf(VEXName::intern("y")), "");
+  table.set(VEXName::intern("y"), "");
+  EXPECT_EQ(*table.find(VEXName::intern("y")), "");
 }
 
 TEST(Object, SequenceMovesANameToTheEnd) {
@@ -182,7 +183,7 @@ TEST(AttributeTable, RefillsAsIfItWereNew) {
   for (int i = 0; i < 12; ++i) names.push_back(VEXName::intern("column" + std::to_string(i)));
   const auto textOf = [](const VEXAttributeTable& table) {
     std::string text;
-    table.forEach([&](VEXName name, const std::string& value) { text += name.text() + "=" + value + " "; });
+    table.forEach([&](VEXName name, std::string_view value) { ((text += name.text() + "=") += value) += " "; });
     return text;
   };
   VEXAttributeTable kept;
@@ -199,8 +200,10 @@ TEST(AttributeTable, RefillsAsIfItWereNew) {
       if (random() % 12 == 0) {
         EXPECT_EQ(kept.remove(name), fresh.remove(name));
       } else if (random() % 12 == 0) {
-        kept.valueOf(name) += value;
-        fresh.valueOf(name) += value;
+        const VEXName to = names[random() % names.size()];
+        for (VEXAttributeTable* table : {&kept, &fresh})
+          if (const VEXText* own = table->find(name); own != nullptr)
+            table->set(to, own->view().substr(own->size() / 4));
       } else {
         kept.set(name, value);
         fresh.set(name, value);
@@ -210,7 +213,7 @@ TEST(AttributeTable, RefillsAsIfItWereNew) {
         fresh.compact();
       }
       const VEXName wanted = names[random() % names.size()];
-      const std::string* found = fresh.find(wanted);
+      const VEXText* found = fresh.find(wanted);
       ASSERT_EQ(kept.find(wanted) == nullptr, found == nullptr);
       ASSERT_EQ(kept.find(wanted, place) == nullptr, found == nullptr);
       if (found != nullptr) {
@@ -219,6 +222,99 @@ TEST(AttributeTable, RefillsAsIfItWereNew) {
     }
     ASSERT_EQ(kept.entries(), fresh.entries());
     ASSERT_EQ(textOf(kept), textOf(fresh)) << "round " << round;
+  }
+}
+
+// Values around the length that lies in the slot itself, and long ones, grow and shrink from filling to filling.
+TEST(AttributeTable, ValuesOfEveryLengthFollowEachOther) {
+  const std::size_t lengths[] = {0, 1, 3, 4, 7, 8, 15, 16, 31, 32, 33, 100000};
+  std::mt19937 random(4);
+  std::vector<VEXName> names;
+  for (int i = 0; i < 10; ++i) names.push_back(VEXName::intern("length" + std::to_string(i)));
+  VEXAttributeTable table, copy;
+  for (int round = 0; round < 400; ++round) {
+    table.clear();
+    std::vector<std::string> expected;
+    for (const VEXName name : names) {
+      expected.emplace_back(lengths[random() % std::size(lengths)], static_cast<char>('a' + random() % 26));
+      table.set(name, expected.back());
+    }
+    copy.copyFrom(table);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      ASSERT_EQ(*table.find(names[i]), expected[i]);
+      ASSERT_EQ(*copy.find(names[i]), expected[i]);
+      ASSERT_EQ(copy.find(names[i])->c_str(), std::string(expected[i])) << "a zero byte follows";
+    }
+  }
+}
+
+// A value may be a part of the value that it replaces, and of one that moves when the table grows.
+TEST(AttributeTable, ValuesMayComeFromTheTable) {
+  const VEXName own = VEXName::intern("own");
+  std::string letters;
+  for (int i = 0; i < 60; ++i) letters += static_cast<char>('A' + i);
+  for (const std::size_t length : {2U, 5U, 9U, 20U, 31U, 40U, 60U}) {
+    for (std::size_t first = 0; first <= length; ++first) {
+      VEXAttributeTable table;
+      table.set(own, std::string_view(letters).substr(0, length));
+      table.set(own, table.find(own)->view().substr(first));
+      ASSERT_EQ(*table.find(own), letters.substr(first, length - first));
+    }
+    VEXAttributeTable table;
+    table.set(own, std::string_view(letters).substr(0, length));
+    for (int i = 0; i < 40; ++i) {
+      const VEXName name = VEXName::intern("grown" + std::to_string(i));
+      table.set(name, *table.find(own));
+      ASSERT_EQ(*table.find(name), letters.substr(0, length));
+    }
+  }
+}
+
+TEST(AttributeTable, AHugeValueDoesNotStayForSmallOnes) {
+  const VEXName name = VEXName::intern("huge"), other = VEXName::intern("other");
+  const std::string huge(1'000'000, 'h');
+  VEXAttributeTable table;
+  table.set(name, huge);
+  const char* buffer = table.find(name)->data();
+  for (int round = 0; round < 3; ++round) {
+    table.clear();
+    table.set(name, huge);
+    EXPECT_EQ(table.find(name)->data(), buffer) << "huge values that follow each other share one buffer";
+  }
+  table.clear();
+  table.set(name, "small");
+  table.clear();
+  table.set(name, "small");
+  EXPECT_FALSE(table.find(name)->hasLargeBuffer());
+  table.clear();
+  table.set(other, "first");
+  table.set(name, huge);
+  table.clear();
+  table.set(other, "first");  // the slot of the huge one is not used at all
+  table.clear();
+  table.set(other, "first");
+  table.set(name, "");
+  EXPECT_FALSE(table.find(name)->hasLargeBuffer());
+}
+
+TEST(Object, ShelvedTextsStayWhileTheObjectIsFilledAnew) {
+  VEXObject object;
+  const VEXName name = VEXName::intern("kept"), gone = VEXName::intern("gone");
+  for (const std::size_t length : {5U, 31U, 32U, 5000U}) {
+    const std::string text(length, 'k');
+    object.resetAttributes();
+    object.setAttribute(gone, "1");
+    object.setAttribute(name, text);
+    object.removeAttribute(gone);
+    std::string_view view = *object.findAttribute(name);
+    object.shelveAttributes();
+    for (int i = 0; i < 50; ++i) object.setAttribute("new" + std::to_string(i), text + "x");
+    std::uint32_t place = 1;
+    ASSERT_NE(object.findShelved(name, place), nullptr);
+    EXPECT_EQ(*object.findShelved(name, place), text);
+    EXPECT_EQ(view, text);
+    EXPECT_EQ(object.findShelved(gone, place), nullptr);
+    EXPECT_EQ(object.findAttribute(name), nullptr);
   }
 }
 

@@ -34,8 +34,8 @@ struct Model {
 };
 
 std::string valueOf(const VEXFeature& feature, const std::string& name) {
-  const std::string* value = feature.findAttribute(VEXName::intern(name));
-  return value == nullptr ? "-" : *value;
+  const VEXText* value = feature.findAttribute(VEXName::intern(name));
+  return std::string(value == nullptr ? "-" : value->view());
 }
 
 std::string arcsOf(const VEXFeature& polygon) {

@@ -348,8 +348,8 @@ TEST(TopologyRandom, ArcsTellWhatLiesOnTheirSides) {
       double area = 0.0;
       std::vector<double> x, y;
       for (std::size_t i = 0;; ++i) {
-        const std::string* entry = polygons[p]->findAttribute(VEXName::intern("arcs{" + std::to_string(i) + "}"));
-        const int id = entry == nullptr ? 0 : std::stoi(*entry);
+        const VEXText* entry = polygons[p]->findAttribute(VEXName::intern("arcs{" + std::to_string(i) + "}"));
+        const int id = entry == nullptr ? 0 : std::stoi(entry->c_str());
         if (id == 0) {
           ASSERT_GT(x.size(), 3U);
           ASSERT_TRUE(x.front() == x.back() && y.front() == y.back());
