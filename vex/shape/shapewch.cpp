@@ -27,7 +27,7 @@ class ShapeWriteChannel::TableSink final : public VEXFeatureConsumer {
     row_.resize(columns_.size());
   }
   VEXStatus consume(const VEXFeature& feature) override {
-    for (std::size_t i = 0; i < columns_.size(); ++i) row_[i] = columns_[i].valueIn(feature);
+    valuesOf(feature, columns_, row_);
     return extendStatus(table_.writeRow(row_));
   }
 

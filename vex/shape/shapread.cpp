@@ -159,6 +159,7 @@ const ShapeReader::Definition* ShapeReader::definitionOf(const std::string& base
 
 VEXStatus ShapeReader::openFiles(const Files& files) {
   const Definition* definition = definitionOf(files.baseName);
+  type_ = VEXName::intern(files.baseName);
   std::string shxPath = files.shx;
   if (readsWithoutIndex_)
     shxPath.clear();
@@ -239,7 +240,7 @@ VEXStatus ShapeReader::addAttributes(VEXFeature& feature, bool& isDeleted) {
   if (table_ != nullptr) VEX_TRY(findRow(record, hasRow, isDeleted));
   if (isDeleted) return nullptr;
   if (table_ != nullptr && !hasRow) ++numWithoutRow_;
-  feature.setFeatureType(files_[nextFile_ - 1].baseName);
+  feature.setFeatureType(type_);
   char number[20];
   const char* numberEnd = std::to_chars(number, number + sizeof number, record + 1).ptr;
   feature.setAttribute(kIdentifiers, std::string_view(number, static_cast<std::size_t>(numberEnd - number)));

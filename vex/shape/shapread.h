@@ -66,6 +66,7 @@ class ShapeReader final : public VEXReaderImp {
 
   std::unique_ptr<VEXShapeInput> input_;  // the dataset that is being read
   std::unique_ptr<VEXDBFInput> table_;    // null: it has none
+  VEXName type_;                          // of its features
   std::vector<VEXName> columns_;
   VEXTableRow row_;              // of the table's record rowRecord_
   std::uint64_t rowRecord_ = 0;  // from 0; valid when hasRow_

@@ -34,7 +34,7 @@ constexpr GeometryName kGeometryNames[] = {
 
 const GeometryName* findGeometry(std::uint32_t code) {
   if (code == VEX_GEOM_UNDEFINED) return &kGeometryNames[0];
-  if (!std::has_single_bit(code) || code > VEX_GEOM_AGGREGATE) return nullptr;
+  if ((code & (code - 1)) != 0 || code > VEX_GEOM_AGGREGATE) return nullptr;  // has_single_bit is a call
   return &kGeometryNames[std::countr_zero(code) + 1];
 }
 
