@@ -10,8 +10,8 @@
 
 #include "vex/inc/statinfo.h"
 #include "vex/inc/vexfeat.h"
+#include "vex/factory/featcovr.h"
 #include "vex/src/vexline.h"
-#include "vex/topology/lineintersector.h"
 #include "vex/topology/topology.h"
 
 class VEXDissolver {
@@ -51,12 +51,14 @@ class VEXDissolver {
     std::int32_t backward;
   };
 
-  void addArea(const VEXLine& area, std::int32_t number);
-  void addRing(const VEXLine& area, const VEXLineRange& range, bool isHole, std::int32_t number);
+  VEXStatus addArea(const VEXLine& area, std::int32_t number);
+  void joinRings(const VEXLine& area, const std::vector<std::size_t>& added);
+  bool holdsItsHoles(const VEXLine& donut) const;
+  VEXStatus addRing(const VEXLine& area, const VEXLineRange& range, bool isHole, std::int32_t number);
   std::uint32_t pointOf(double x, double y, double z);
   Segment& segmentOf(std::uint32_t a, std::uint32_t b);
   void growPoints();
-  std::int32_t find(std::int32_t element);  // the representative of joined rings or faces
+  std::int32_t find(std::int32_t element);  // the representative of joined rings
   void join(std::int32_t a, std::int32_t b);
 
   VEXStatus dissolveNoded();
@@ -64,17 +66,20 @@ class VEXDissolver {
   VEXStatus emitRuns(std::size_t ring, VEXTopology& outline);
   VEXStatus emitRun(const std::vector<std::uint32_t>& points, std::size_t ring, bool isOutline, VEXTopology& outline);
   VEXStatus dissolveRaw();
-  void coverFaces(VEXTopology& faces, std::size_t count, std::vector<std::int64_t>& cover);
   // Polygons of the outline whose right side, along a line of user id above 0, is covered; below 0 the left side.
   VEXStatus formOutline(VEXTopology& outline, const std::vector<std::pair<std::int32_t, std::int32_t>>& roots);
   void noteFaults(const VEXTopology& topology, VEXTopologyResult& result);
+  void keepFaults(std::vector<VEXTopologyFault>& faults);
 
   bool isNoded_;
   bool keepsInteriorLines_;
   bool hasZ_ = false;
-  std::vector<Ring> rings_;
-  std::vector<std::int32_t> parents_;  // of joined elements
+  std::vector<VEXLineRange> ranges_, rings_;  // of the feature, and of the area at hand
+  std::vector<bool> isHole_;
+  std::vector<double> ringX_, ringY_, ringZ_;
   // ---- noded ----
+  std::vector<Ring> members_;
+  std::vector<std::int32_t> parents_;  // of joined rings
   std::vector<double> pointX_, pointY_, pointZ_;
   std::vector<std::uint32_t> pointTable_;  // numbers of points from 1; 0: free
   std::vector<std::uint32_t> ringPoints_;
@@ -84,12 +89,11 @@ class VEXDissolver {
   std::unordered_map<std::uint64_t, std::uint32_t> farSegments_;
   std::vector<std::uint8_t> outlineEnds_;  // of each point: segments of the outline that end there, 3 for more
   // ---- raw ----
-  std::unique_ptr<VEXLineIntersector> intersector_;
+  std::unique_ptr<VEXFeatureCover> cover_;
 
   std::vector<VEXLine> polygons_;
   std::vector<VEXLine> interiorLines_;
   std::int64_t numInteriorLines_ = 0;
-  std::size_t numCoords_ = 0;  // of the rings, where they are not noded
   std::vector<std::pair<std::int32_t, std::size_t>> memberships_;
   std::vector<VEXTopologyFault> faults_;
   std::vector<std::int32_t> faulty_;
