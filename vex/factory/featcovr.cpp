@@ -76,11 +76,13 @@ VEXStatus VEXFeatureCover::settleDoubts() {
     isDoubtful_[chain] = std::binary_search(doubted_.begin(), doubted_.end(), features_[chain]);
   std::vector<Pass> passes;
   intersector_->rewind();
-  std::uint32_t number = 0;
-  for (VEXChainPiece piece; intersector_->nextPiece(piece); ++number)
+  VEXChainPiece piece;
+  for (std::uint32_t number = 0; number < graph_->numPieces(); ++number) {
+    intersector_->showPiece(graph_->course(number), piece);
     for (std::int32_t id : piece.passes)
       if (isDoubtful_[static_cast<std::size_t>(std::abs(id)) - 1])
         passes.push_back({featureOf(id), number, id > 0 ? 1 : -1});
+  }
   std::sort(passes.begin(), passes.end(), [](const Pass& a, const Pass& b) {
     return a.feature != b.feature ? a.feature < b.feature : a.piece < b.piece;
   });
@@ -129,8 +131,9 @@ VEXStatus VEXFeatureCover::noteFaults(const VEXPoint& place, const std::vector<s
   VEXTopology faces(VEXTopology::kPlain);
   std::vector<std::int32_t> around;
   intersector_->rewind();
-  std::uint32_t number = 0;
-  for (VEXChainPiece piece; intersector_->nextPiece(piece); ++number) {
+  VEXChainPiece piece;
+  for (std::uint32_t number = 0; number < graph_->numPieces(); ++number) {
+    intersector_->showPiece(graph_->course(number), piece);
     VEX_TRY(faces.addLine(piece.xs, piece.ys, piece.zs, 0, piece.chainIds));
     if (std::binary_search(pieces.begin(), pieces.end(), number))
       for (std::int32_t id : piece.chainIds) around.push_back(featureOf(id));
@@ -148,7 +151,7 @@ VEXStatus VEXFeatureCover::noteFaults(const VEXPoint& place, const std::vector<s
   fault.number = kNotPlane;
   fault.x = place.x;
   fault.y = place.y;
-  for (std::uint32_t piece : pieces) fault.arcs.push_back(static_cast<std::int32_t>(piece) + 1);
+  for (std::uint32_t at : pieces) fault.arcs.push_back(static_cast<std::int32_t>(at) + 1);
   faulty_ = std::move(around);
   return nullptr;
 }
@@ -156,9 +159,10 @@ VEXStatus VEXFeatureCover::noteFaults(const VEXPoint& place, const std::vector<s
 // ---- what is covered ----
 
 bool VEXFeatureCover::next(VEXCoverPiece& piece) {
-  VEXChainPiece cut;
-  if (!intersector_->nextPiece(cut)) return false;
+  if (nextPiece_ == graph_->numPieces()) return false;
   const std::size_t at = nextPiece_++;
+  VEXChainPiece cut;
+  intersector_->showPiece(graph_->course(at), cut);
   if (at == 0) hasZ_ = !cut.zs.empty();
   piece.xs = cut.xs;
   piece.ys = cut.ys;

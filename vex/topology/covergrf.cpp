@@ -1,6 +1,7 @@
 #include "vex/topology/covergrf.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "vex/topology/course.h"
 #include "vex/topology/facefind.h"
@@ -116,13 +117,17 @@ VEXCoverGraph::Course VEXCoverGraph::courseOf(std::uint32_t half) const {
   const VEXPieceCourse& piece = pieces_[half / 2];
   const Bounds bounds = boundsOf(piece);
   const std::uint32_t beyond = piece.first < piece.last ? 0 : bounds.last - bounds.first;
-  return {chains_.xs().data(), chains_.ys().data(), piece, bounds, half % 2 != 0, piece.last + beyond - piece.first + 1};
+  return {
+      chains_.xs().data(), chains_.ys().data(), piece, bounds, half % 2 != 0, piece.last + beyond - piece.first + 1};
 }
 
 void VEXCoverGraph::sortEnds(End* ends, std::size_t count) const {
   const double x = chains_.xs()[nodeCoord(ends[0].half)], y = chains_.ys()[nodeCoord(ends[0].half)];
   auto comesFirst = [&](const End& a, const End& b) {
     if (a.isLower != b.isLower) return b.isLower;
+    // The exact answer is asked for where rounding could tell otherwise.
+    const double left = (a.x - x) * (b.y - y), right = (a.y - y) * (b.x - x);
+    if (std::fabs(left - right) > 1e-15 * (std::fabs(left) + std::fabs(right)) + 1e-280) return left > right;
     const int side = orientation(x, y, a.x, a.y, b.x, b.y);
     if (side != 0) return side > 0;
     const int order = compareCourses(courseOf(a.half), courseOf(b.half));
@@ -265,7 +270,8 @@ bool VEXCoverGraph::placeOthers() {
     return xs[a] != xs[b] ? xs[a] > xs[b] : i < j;
   });
   std::vector<VEXFaceFinder::Point> points;
-  for (std::uint32_t at : order) points.push_back({xs[components[at].lowest.coord], ys[components[at].lowest.coord], at});
+  for (std::uint32_t at : order)
+    points.push_back({xs[components[at].lowest.coord], ys[components[at].lowest.coord], at});
   VEXFaceFinder finder(std::move(points));
   for (std::uint32_t piece = 0; piece < pieces_.size(); ++piece) {
     if (nodeOf_[2 * piece] == kNone) continue;

@@ -1,6 +1,6 @@
 // VEXCoverGraph: tells for the pieces of noded rings how many rings cover either side of each, and which sides lie in
-// one region of the plane, without walking a face or holding a coordinate: it reads those of the chain store, which must
-// outlive it. Calls: add each piece, build once, then the questions; clear begins anew.
+// one region of the plane, without walking a face or holding a coordinate: it reads those of the chain store, which
+// must outlive it. Calls: add each piece, build once, then the questions; clear begins anew.
 #pragma once
 
 #include <cstddef>
@@ -87,9 +87,7 @@ class VEXCoverGraph {
   }
   void join(std::uint32_t a, std::uint32_t b);
   std::uint32_t outerSide(const Lowest& lowest) const;
-  std::int32_t coverOf(std::uint32_t side) const {
-    return side % 2 == 0 ? leftCover(side / 2) : rightCover(side / 2);
-  }
+  std::int32_t coverOf(std::uint32_t side) const { return side % 2 == 0 ? leftCover(side / 2) : rightCover(side / 2); }
   void setCover(std::uint32_t side, std::int32_t cover) {
     covers_[side / 2] = side % 2 == 0 ? cover : cover - pieces_[side / 2].change;
   }
@@ -107,8 +105,8 @@ class VEXCoverGraph {
   std::vector<std::uint32_t> endStart_;  // by node: where its ends begin in ends_
   std::vector<std::uint32_t> ends_;      // half edges by the node that they leave, counter-clockwise
   std::vector<End> sorting_;
-  std::vector<bool> isPassed_;         // by node
-  std::vector<std::int32_t> covers_;   // of the left sides
+  std::vector<bool> isPassed_;          // by node
+  std::vector<std::int32_t> covers_;    // of the left sides
   std::vector<std::uint32_t> parents_;  // by side
   std::vector<std::uint32_t> waiting_;
   std::vector<std::uint32_t> spread_;  // pieces in the order in which they became known

@@ -177,6 +177,7 @@ void VEXLineIntersector::Work::addCrossing(std::uint32_t one, std::uint32_t othe
 void VEXLineIntersector::Work::compare(std::uint32_t one, std::uint32_t other) {
   if (other < one) std::swap(one, other);
   const VEXSegment s = chains.segment(one), t = chains.segment(other);
+  if (other == one + 1 && goesOnClearly(s, t)) return;
   const double sizeS = sizeOf(s), sizeT = sizeOf(t);
   // A piece knows its ends no better than they were computed, however small its own coordinates are.
   const double tolerance = takesAll ? kPlaceTolerance * std::min(sizeS, sizeT)
@@ -362,6 +363,11 @@ bool VEXLineIntersector::nextPiece(VEXChainPiece& piece, std::size_t maxVertices
 
 bool VEXLineIntersector::nextCourse(VEXPieceCourse& course) {
   return work_->cutter.has_value() && work_->cutter->nextCourse(course);
+}
+
+void VEXLineIntersector::showPiece(const VEXPieceCourse& course, VEXChainPiece& piece) {
+  VEX_ASSERT(work_->cutter.has_value());
+  work_->cutter->show(course, piece);
 }
 
 const VEXChainStore& VEXLineIntersector::chains() const {

@@ -60,6 +60,8 @@ class VEXLineIntersector {
   // The same pieces in the same order, as their courses in the chains.
   bool nextCourse(VEXPieceCourse& course);
   const VEXChainStore& chains() const;
+  // The piece of a course. After a rewind, in the order in which courses came; some may be left out.
+  void showPiece(const VEXPieceCourse& course, VEXChainPiece& piece);
 
   // Pieces are given from the first again.
   void rewind();

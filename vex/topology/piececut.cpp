@@ -186,18 +186,16 @@ bool VEXPieceCutter::nextCourse(VEXPieceCourse& course) {
   return true;
 }
 
-// Finds the next stretch and makes ready what is shown of it.
-bool VEXPieceCutter::beginStretch() {
-  std::uint32_t from = 0, to = 0;
-  if (!nextStretch(from, to)) return false;
+// Makes ready what is shown of a stretch of the chain at hand.
+void VEXPieceCutter::setRun(std::uint32_t from, std::uint32_t to, bool wraps) {
   setIds(from);
   isWhole_ = from == first_ && to == last_ && ids_.size() == 1 && passes_.empty();
   const bool hasZ = chains_.chain(chain_).hasZ;
   runAt_ = 0;
-  if (!isOpen_ && wraps_) {
+  if (wraps) {
     auto join = [&](VEXOrdinates all, std::vector<double>& joined) {
       joined.assign(all.begin() + from, all.begin() + last_ + 1);
-      joined.insert(joined.end(), all.begin() + first_ + 1, all.begin() + wrapTo_ + 1);
+      joined.insert(joined.end(), all.begin() + first_ + 1, all.begin() + to + 1);
     };
     join(chains_.xs(), wrapXs_);
     join(chains_.ys(), wrapYs_);
@@ -211,8 +209,14 @@ bool VEXPieceCutter::beginStretch() {
     runYs_ = chains_.ys().subspan(from, count);
     runZs_ = hasZ ? chains_.zs().subspan(from, count) : VEXOrdinates();
   }
-  if (!isOpen_) ++chain_;
-  return true;
+}
+
+void VEXPieceCutter::show(const VEXPieceCourse& course, VEXChainPiece& piece) {
+  while (chains_.endOf(chain_) <= course.first) ++chain_;
+  first_ = chains_.chain(chain_).first;
+  last_ = chains_.endOf(chain_) - 1;
+  setRun(course.first, course.last, course.last <= course.first && first_ != last_);
+  showRun(piece, 0);
 }
 
 // The next run of the stretch at hand; two runs share a coordinate.
@@ -231,7 +235,13 @@ void VEXPieceCutter::showRun(VEXChainPiece& piece, std::size_t maxVertices) {
 }
 
 bool VEXPieceCutter::next(VEXChainPiece& piece, std::size_t maxVertices) {
-  if (runXs_.empty() && !beginStretch()) return false;
+  if (runXs_.empty()) {
+    std::uint32_t from = 0, to = 0;
+    if (!nextStretch(from, to)) return false;
+    const bool wraps = !isOpen_ && wraps_;
+    setRun(from, wraps ? wrapTo_ : to, wraps);
+    if (!isOpen_) ++chain_;
+  }
   showRun(piece, maxVertices);
   return true;
 }

@@ -45,6 +45,8 @@ class VEXPieceCutter {
   bool next(VEXChainPiece& piece, std::size_t maxVertices);
   // The course of the next piece. Pieces are asked for in the one way or the other; rewind lies between.
   bool nextCourse(VEXPieceCourse& course);
+  // The piece of a course that nextCourse gave. After a rewind, in the same order; some may be left out.
+  void show(const VEXPieceCourse& course, VEXChainPiece& piece);
   void rewind();
   // The nodes in which pieces end that meet others, or themselves, in the order of chains; and one of their
   // coordinates.
@@ -71,7 +73,7 @@ class VEXPieceCutter {
   bool beginChain();
   void setIds(std::uint32_t segment);
   bool nextStretch(std::uint32_t& from, std::uint32_t& to);
-  bool beginStretch();
+  void setRun(std::uint32_t from, std::uint32_t to, bool wraps);
   void showRun(VEXChainPiece& piece, std::size_t maxVertices);
 
   const VEXChainStore& chains_;
@@ -90,7 +92,7 @@ class VEXPieceCutter {
   std::uint32_t wrapTo_ = 0;
   std::vector<double> wrapXs_, wrapYs_, wrapZs_;
   std::vector<std::int32_t> ids_;
-  std::vector<std::int32_t> passes_;  // empty where they are the ids
+  std::vector<std::int32_t> passes_;    // empty where they are the ids
   VEXOrdinates runXs_, runYs_, runZs_;  // the stretch that is being given
   std::size_t runAt_ = 0;
   bool isWhole_ = false;
