@@ -8,8 +8,8 @@ namespace {
 constexpr std::size_t kFirstTable = 1024;
 constexpr std::uint32_t kNone = UINT32_MAX;
 // Points are worked off in turns, so that lists are held for a part of them only.
-constexpr std::size_t kTurns = 8;
-constexpr std::size_t kFewestPoints = 1 << 16;
+constexpr std::size_t kTurns = 16;
+constexpr std::size_t kFewestPoints = 1 << 14;
 
 std::uint64_t mixed(std::uint64_t a, std::uint64_t b) {
   std::uint64_t hash = a * 0x9E3779B97F4A7C15U ^ std::rotl(b * 0xC2B2AE3D27D4EB4FU, 31);
@@ -57,7 +57,10 @@ void VEXNodedRings::addRing(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, s
     ringPoints_.push_back(point);
   }
   while (ringPoints_.size() > start + 1 && ringPoints_.back() == ringPoints_[start]) ringPoints_.pop_back();
-  rings_.push_back({number, start, static_cast<std::uint32_t>(ringPoints_.size()) - start});
+  const auto end = static_cast<std::uint32_t>(ringPoints_.size());
+  std::uint32_t lowest = kNone;
+  for (std::uint32_t at = start; at < end; ++at) lowest = std::min(lowest, ringPoints_[at]);
+  rings_.push_back({number, start, end - start, lowest});
   ringPoints_.push_back(ringPoints_[start]);
 }
 
@@ -122,9 +125,16 @@ void VEXNodedRings::pair() {
     std::size_t nextRing = rings_.size();
     for (std::size_t number = firstRing; number < rings_.size(); ++number) {
       const Ring& ring = rings_[number];
+      if (ring.lowest >= end) {
+        nextRing = std::min(nextRing, number);
+        continue;
+      }
       if (ring.numPoints < 2) continue;
+      std::uint32_t from = ringPoints_[ring.firstPoint];
       for (std::uint32_t at = ring.firstPoint; at < ring.firstPoint + ring.numPoints; ++at) {
-        const std::uint32_t low = std::min(ringPoints_[at], ringPoints_[at + 1]);
+        const std::uint32_t to = ringPoints_[at + 1];
+        const std::uint32_t low = std::min(from, to);
+        from = to;
         if (low >= end) nextRing = std::min(nextRing, number);
         if (low < begin || low >= end) continue;
         sides.push_back({at, heads[low - begin]});

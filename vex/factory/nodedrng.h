@@ -39,6 +39,7 @@ class VEXNodedRings {
     std::int32_t number;
     std::uint32_t firstPoint;  // in ringPoints_
     std::uint32_t numPoints;   // the first one stands at the end once more, not counted
+    std::uint32_t lowest;      // of its points
   };
   struct Side {  // a segment as a ring has it, in the list of its lower point
     std::uint32_t at;
