@@ -247,7 +247,7 @@ TEST(PolygonDissolveFactory, DissolvesPolygonsThatMeetInAnyWay) {
        {"DISSOLVE_COUNT_ATTRIBUTE c OUTPUT POLYGON FEATURE_TYPE area",
         {"a donut 0 0, 0 2, 2 2, 2 0, 0 0, 5 0, 7 0, 7 2, 5 2, 5 0", "a polygon 5 0, 7 0, 7 2, 5 2, 5 0",
          "a polygon 5 1, 6 1, 7 1, 5 1"},
-        "area {c=2} polygon 7 2, 7 0, 5 0, 5 2, 7 2; area {c=1} polygon 2 2, 2 0, 0 0, 0 2, 2 2",
+        "area {c=2} polygon 5 1, 5 2, 7 2, 7 1, 7 0, 5 0, 5 1; area {c=1} polygon 0 0, 0 2, 2 2, 2 0, 0 0",
         "Dissolved 3 input polygons into 2 polygons"}});
 }
 
