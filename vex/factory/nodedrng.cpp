@@ -22,6 +22,11 @@ std::uint64_t hashOf(double x, double y) {
   return mixed(std::bit_cast<std::uint64_t>(x), std::bit_cast<std::uint64_t>(y));
 }
 
+// Tells most points apart without a look at them; 0 is left for a free slot.
+std::uint8_t tagOf(std::uint64_t hash) {
+  return static_cast<std::uint8_t>((hash >> 57) + 1);
+}
+
 // One zero, not two.
 double plain(double value) {
   return value == 0.0 ? 0.0 : value;
@@ -36,6 +41,14 @@ void VEXNodedRings::addRing(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, s
   parents_.push_back(static_cast<std::int32_t>(parents_.size()));
   hasZ_ = hasZ_ || !zs.empty();
   const auto start = static_cast<std::uint32_t>(ringPoints_.size());
+  // The table is too large for caches: all of the ring's slots are asked for before the first one is looked at.
+  while (pointTable_.size() * 7 < 10 * (points_.size() + xs.size())) growPoints();
+  hashes_.clear();
+  for (std::size_t i = 0; i + 1 < xs.size(); ++i) {
+    hashes_.push_back(hashOf(plain(xs[i]), plain(ys[i])));
+    __builtin_prefetch(&tags_[hashes_[i] & (tags_.size() - 1)]);
+    __builtin_prefetch(&pointTable_[hashes_[i] & (pointTable_.size() - 1)]);
+  }
   std::uint32_t beside = kNone;  // where an earlier ring has the point before
   auto isAt = [&](std::uint32_t at, double x, double y) {
     if (at >= start) return false;
@@ -50,7 +63,7 @@ void VEXNodedRings::addRing(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, s
     else if (beside != kNone && isAt(beside + 1, x, y))
       point = ringPoints_[beside + 1];
     else
-      point = pointOf(x, y, zs.empty() ? 0.0 : zs[i]);
+      point = pointOf(x, y, zs.empty() ? 0.0 : zs[i], hashes_[i]);
     if (ringPoints_.size() > start && ringPoints_.back() == point) continue;
     beside = lastAt_[point];
     lastAt_[point] = static_cast<std::uint32_t>(ringPoints_.size());
@@ -64,12 +77,12 @@ void VEXNodedRings::addRing(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, s
   ringPoints_.push_back(ringPoints_[start]);
 }
 
-std::uint32_t VEXNodedRings::pointOf(double x, double y, double z) {
-  if (pointTable_.size() * 7 < 10 * (points_.size() + 1)) growPoints();
+std::uint32_t VEXNodedRings::pointOf(double x, double y, double z, std::uint64_t hash) {
   const std::size_t mask = pointTable_.size() - 1;
-  std::size_t slot = hashOf(x, y) & mask;
-  for (; pointTable_[slot] != 0; slot = (slot + 1) & mask) {
-    const std::uint32_t point = pointTable_[slot] - 1;
+  std::size_t slot = hash & mask;
+  for (; tags_[slot] != 0; slot = (slot + 1) & mask) {
+    if (tags_[slot] != tagOf(hash)) continue;
+    const std::uint32_t point = pointTable_[slot];
     if (points_[point].x == x && points_[point].y == y) return point;
   }
   points_.push_back({x, y});
@@ -78,18 +91,30 @@ std::uint32_t VEXNodedRings::pointOf(double x, double y, double z) {
     pointZs_.resize(points_.size());
     pointZs_.back() = z;
   }
-  pointTable_[slot] = static_cast<std::uint32_t>(points_.size());
-  return pointTable_[slot] - 1;
+  tags_[slot] = tagOf(hash);
+  pointTable_[slot] = static_cast<std::uint32_t>(points_.size() - 1);
+  return pointTable_[slot];
 }
 
 void VEXNodedRings::growPoints() {
   const std::size_t size = std::max(kFirstTable, 2 * pointTable_.size());
   pointTable_ = {};
   pointTable_.resize(size);
-  for (std::size_t point = 0; point < points_.size(); ++point) {
-    std::size_t slot = hashOf(points_[point].x, points_[point].y) & (size - 1);
-    while (pointTable_[slot] != 0) slot = (slot + 1) & (size - 1);
-    pointTable_[slot] = static_cast<std::uint32_t>(point + 1);
+  tags_.assign(size, 0);
+  auto place = [&](std::size_t point, std::uint64_t hash) {
+    std::size_t slot = hash & (size - 1);
+    while (tags_[slot] != 0) slot = (slot + 1) & (size - 1);
+    tags_[slot] = tagOf(hash);
+    pointTable_[slot] = static_cast<std::uint32_t>(point);
+  };
+  constexpr std::size_t kAhead = 16;  // slots are asked for that much earlier than they are written
+  std::uint64_t hashes[kAhead] = {};
+  for (std::size_t at = 0; at < points_.size() + kAhead; ++at) {
+    if (at >= kAhead) place(at - kAhead, hashes[at % kAhead]);
+    if (at >= points_.size()) continue;
+    hashes[at % kAhead] = hashOf(points_[at].x, points_[at].y);
+    __builtin_prefetch(&tags_[hashes[at % kAhead] & (size - 1)]);
+    __builtin_prefetch(&pointTable_[hashes[at % kAhead] & (size - 1)]);
   }
 }
 
@@ -109,6 +134,7 @@ void VEXNodedRings::join(std::int32_t a, std::int32_t b) {
 
 void VEXNodedRings::pair() {
   pointTable_ = {};
+  tags_ = {};
   lastAt_.release();
   for (std::size_t ring = 0; ring < rings_.size(); ++ring)
     for (std::uint32_t at = 0; at <= rings_[ring].numPoints; ++at)

@@ -53,7 +53,7 @@ class VEXNodedRings {
   static constexpr std::int32_t kOutline = -1;
   static constexpr std::int32_t kNothing = 0;  // another ring tells it
 
-  std::uint32_t pointOf(double x, double y, double z);
+  std::uint32_t pointOf(double x, double y, double z, std::uint64_t hash);  // that of x and y
   void growPoints();
   void pairAround(std::uint32_t low);
   bool isBreak(const Ring& ring, std::uint32_t at) const;
@@ -66,11 +66,13 @@ class VEXNodedRings {
   VEXBlockVector<Point> points_;
   bool hasZ_ = false;
   std::vector<double> pointZs_;
-  std::vector<std::uint32_t> pointTable_;  // numbers of points from 1; 0: free
+  std::vector<std::uint32_t> pointTable_;  // numbers of points by hash
+  std::vector<std::uint8_t> tags_;         // of the slots of pointTable_; 0: free
   VEXBlockVector<std::uint32_t> lastAt_;   // by point: where the newest ring has it
   VEXBlockVector<std::uint32_t> ringPoints_;
   VEXBlockVector<std::int32_t> kinds_;  // by ring point, of the segment behind it; before that is known its ring and 1
   std::vector<std::uint8_t> outlineEnds_;  // by point: segments of the outline that end there, 3 for more
+  std::vector<std::uint64_t> hashes_;      // of the ring at work
   std::vector<Sharer> sharers_;            // of the point at work
   std::size_t numOutlineSegments_ = 0;
   std::vector<double> runX_, runY_, runZ_;
