@@ -8,13 +8,15 @@
 #include <cstdlib>
 #include <functional>
 
-// Result: a plain struct with a member `megabytes`. A child that dies ends the benchmark.
+// Result: a plain struct with a member `megabytes`. A child that dies ends the benchmark. Work on something small that
+// goes before, if any, is not counted: it takes in the pages of the code and what a library sets up once.
 template <class Result>
-Result apart(const std::function<void(Result&)>& work) {
+Result apart(const std::function<void(Result&)>& work, const std::function<void()>& warmUp = {}) {
   int ends[2];
   if (pipe(ends) != 0) std::abort();
   const pid_t child = fork();
   if (child == 0) {
+    if (warmUp) warmUp();
     rusage before{}, after{};
     getrusage(RUSAGE_SELF, &before);
     Result result;

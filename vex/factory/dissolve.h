@@ -4,14 +4,14 @@
 
 #include <cstdint>
 #include <memory>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "vex/factory/featcovr.h"
+#include "vex/factory/nodedrng.h"
 #include "vex/inc/statinfo.h"
 #include "vex/inc/vexfeat.h"
 #include "vex/src/vexline.h"
-#include "vex/topology/lineintersector.h"
 #include "vex/topology/topology.h"
 
 class VEXDissolver {
@@ -37,59 +37,29 @@ class VEXDissolver {
   const std::vector<std::int32_t>& faulty() const { return faulty_; }
 
  private:
-  // A closed run of coordinates with the area on its right: shells clockwise, holes the other way.
-  struct Ring {
-    std::int32_t number;     // of its feature
-    std::size_t firstPoint;  // in ringPoints_
-    std::size_t numPoints;
-  };
-  // A segment between two points, the lower first, and the rings (from 1) that run along it: there and back.
-  struct Segment {
-    std::uint32_t a;
-    std::uint32_t b;
-    std::int32_t forward;
-    std::int32_t backward;
-  };
-
-  void addArea(const VEXLine& area, std::int32_t number);
-  void addRing(const VEXLine& area, const VEXLineRange& range, bool isHole, std::int32_t number);
-  std::uint32_t pointOf(double x, double y, double z);
-  Segment& segmentOf(std::uint32_t a, std::uint32_t b);
-  void growPoints();
-  std::int32_t find(std::int32_t element);  // the representative of joined rings or faces
-  void join(std::int32_t a, std::int32_t b);
+  VEXStatus addArea(const VEXLine& area, std::int32_t number);
+  void joinRings(const VEXLine& area, const std::vector<std::size_t>& added);
+  bool holdsItsHoles(const VEXLine& donut) const;
+  VEXStatus addRing(const VEXLine& area, const VEXLineRange& range, bool isHole, std::int32_t number);
 
   VEXStatus dissolveNoded();
-  void enterSegments();
-  VEXStatus emitRuns(std::size_t ring, VEXTopology& outline);
-  VEXStatus emitRun(const std::vector<std::uint32_t>& points, std::size_t ring, bool isOutline, VEXTopology& outline);
   VEXStatus dissolveRaw();
-  void coverFaces(VEXTopology& faces, std::size_t count, std::vector<std::int64_t>& cover);
   // Polygons of the outline whose right side, along a line of user id above 0, is covered; below 0 the left side.
   VEXStatus formOutline(VEXTopology& outline, const std::vector<std::pair<std::int32_t, std::int32_t>>& roots);
   void noteFaults(const VEXTopology& topology, VEXTopologyResult& result);
+  void keepFaults(std::vector<VEXTopologyFault>& faults);
 
   bool isNoded_;
   bool keepsInteriorLines_;
-  bool hasZ_ = false;
-  std::vector<Ring> rings_;
-  std::vector<std::int32_t> parents_;  // of joined elements
-  // ---- noded ----
-  std::vector<double> pointX_, pointY_, pointZ_;
-  std::vector<std::uint32_t> pointTable_;  // numbers of points from 1; 0: free
-  std::vector<std::uint32_t> ringPoints_;
-  std::vector<Segment> segments_;
-  static constexpr std::size_t kNear = 3;
-  std::vector<std::uint32_t> nearSegments_;  // numbers from 1, kNear for each point; 0: none
-  std::unordered_map<std::uint64_t, std::uint32_t> farSegments_;
-  std::vector<std::uint8_t> outlineEnds_;  // of each point: segments of the outline that end there, 3 for more
-  // ---- raw ----
-  std::unique_ptr<VEXLineIntersector> intersector_;
+  std::vector<VEXLineRange> ranges_, rings_;  // of the feature, and of the area at hand
+  std::vector<bool> isHole_;
+  std::vector<double> ringX_, ringY_, ringZ_;
+  std::unique_ptr<VEXNodedRings> noded_;    // the one
+  std::unique_ptr<VEXFeatureCover> cover_;  // or the other
 
   std::vector<VEXLine> polygons_;
   std::vector<VEXLine> interiorLines_;
   std::int64_t numInteriorLines_ = 0;
-  std::size_t numCoords_ = 0;  // of the rings, where they are not noded
   std::vector<std::pair<std::int32_t, std::size_t>> memberships_;
   std::vector<VEXTopologyFault> faults_;
   std::vector<std::int32_t> faulty_;

@@ -16,14 +16,12 @@ namespace {
 constexpr int kMostRounds = 10;
 // The first rounds take points that are equal in single precision for one. The later ones only repair.
 constexpr int kSingleRounds = 2;
-// Sizes beyond this would overflow in a product of four.
-constexpr double kLargestCoord = 1e75;
 constexpr std::size_t kWorkUnits = 250;
 constexpr std::size_t kFewToScan = 48;  // entries of a square that are compared without being sorted
 
 bool isSound(VEXOrdinates values) {
   for (double value : values)
-    if (!(std::fabs(value) <= kLargestCoord)) return false;
+    if (!(std::fabs(value) <= VEXLineIntersector::kLargestCoord)) return false;
   return true;
 }
 
@@ -33,7 +31,7 @@ struct VEXLineIntersector::Work {
   explicit Work(const VEXIntersectorParms& given) : parms(given) {}
 
   VEXStatus addParts(const VEXLine& line);
-  VEXStatus checkChain(const VEXLine& line) const;
+  VEXStatus checkChain(VEXOrdinates xs, VEXOrdinates ys) const;
   void addRings(const VEXLine& donut);
   template <class ForEach>
   void fillGrid(VEXSpatialGridCore& grid, ForEach&& forEach) const;
@@ -67,10 +65,9 @@ VEXLineIntersector::~VEXLineIntersector() = default;
 
 // ---- adding ----
 
-VEXStatus VEXLineIntersector::Work::checkChain(const VEXLine& line) const {
-  if (!isSound(line.xs()) || !isSound(line.ys()))
-    return makeRejection(329001, {integerText(static_cast<std::int64_t>(line.numCoords()))});
-  if (line.numCoords() > VEXChainStore::kMostCoords - chains.numCoords())
+VEXStatus VEXLineIntersector::Work::checkChain(VEXOrdinates xs, VEXOrdinates ys) const {
+  if (!isSound(xs) || !isSound(ys)) return makeRejection(329001, {integerText(static_cast<std::int64_t>(xs.size()))});
+  if (xs.size() > VEXChainStore::kMostCoords - chains.numCoords())
     return makeStatus(329003, {integerText(static_cast<std::int64_t>(VEXChainStore::kMostCoords))});
   return nullptr;
 }
@@ -81,7 +78,7 @@ void VEXLineIntersector::Work::addRings(const VEXLine& donut) {
   for (const VEXLineRange& range : ranges) {
     if (range.count == 0) continue;
     const VEXLine ring = VEXLine::viewOf(donut, range.first, range.first + range.count - 1, VEX_GEOM_POLYGON);
-    chains.addChain(ring, isRingClockwise(ring.xs(), ring.ys()) ? -numInputs : numInputs);
+    chains.addChain(ring.xs(), ring.ys(), ring.zs(), isRingClockwise(ring.xs(), ring.ys()) ? -numInputs : numInputs);
   }
 }
 
@@ -100,14 +97,14 @@ VEXStatus VEXLineIntersector::Work::addParts(const VEXLine& line) {
       for (const VEXLine& part : parts) {
         const bool isSame = part.geomType() == line.geomType() && part.numCoords() == line.numCoords();
         if (isSame)
-          chains.addChain(part, numInputs);
+          chains.addChain(part.xs(), part.ys(), part.zs(), numInputs);
         else
           VEX_TRY(addParts(part));
       }
       return nullptr;
     }
     default:
-      chains.addChain(line, numInputs);
+      chains.addChain(line.xs(), line.ys(), line.zs(), numInputs);
       return nullptr;
   }
 }
@@ -115,14 +112,22 @@ VEXStatus VEXLineIntersector::Work::addParts(const VEXLine& line) {
 VEXStatus VEXLineIntersector::addLine(const VEXLine& line, int flag) {
   Work& work = *work_;
   if (work.isComputed) return makeStatus(329002);
-  VEX_TRY(work.checkChain(line));
+  VEX_TRY(work.checkChain(line.xs(), line.ys()));
   if (flag != 0 && line.geomType() == VEX_GEOM_AGGREGATE) {
     std::vector<VEXLineRange> ranges;  // proves the header rows before anything is added
     VEX_TRY(line.leaves(ranges));
   }
   ++work.numInputs;
   if (flag != 0) return extendStatus(work.addParts(line));
-  work.chains.addChain(line, work.numInputs);
+  work.chains.addChain(line.xs(), line.ys(), line.zs(), work.numInputs);
+  return nullptr;
+}
+
+VEXStatus VEXLineIntersector::addLine(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs) {
+  Work& work = *work_;
+  if (work.isComputed) return makeStatus(329002);
+  VEX_TRY(work.checkChain(xs, ys));
+  work.chains.addChain(xs, ys, zs, ++work.numInputs);
   return nullptr;
 }
 
@@ -172,6 +177,7 @@ void VEXLineIntersector::Work::addCrossing(std::uint32_t one, std::uint32_t othe
 void VEXLineIntersector::Work::compare(std::uint32_t one, std::uint32_t other) {
   if (other < one) std::swap(one, other);
   const VEXSegment s = chains.segment(one), t = chains.segment(other);
+  if (other == one + 1 && goesOnClearly(s, t)) return;
   const double sizeS = sizeOf(s), sizeT = sizeOf(t);
   // A piece knows its ends no better than they were computed, however small its own coordinates are.
   const double tolerance = takesAll ? kPlaceTolerance * std::min(sizeS, sizeT)
@@ -353,6 +359,23 @@ VEXStatus VEXLineIntersector::computeIntersections(const VEXProgress& progress) 
 
 bool VEXLineIntersector::nextPiece(VEXChainPiece& piece, std::size_t maxVertices) {
   return work_->cutter.has_value() && work_->cutter->next(piece, maxVertices);
+}
+
+bool VEXLineIntersector::nextCourse(VEXPieceCourse& course) {
+  return work_->cutter.has_value() && work_->cutter->nextCourse(course);
+}
+
+void VEXLineIntersector::showPiece(const VEXPieceCourse& course, VEXChainPiece& piece) {
+  VEX_ASSERT(work_->cutter.has_value());
+  work_->cutter->show(course, piece);
+}
+
+const VEXChainStore& VEXLineIntersector::chains() const {
+  return work_->chains;
+}
+
+std::size_t VEXLineIntersector::room() const {
+  return VEXChainStore::kMostCoords - work_->chains.numCoords();
 }
 
 void VEXLineIntersector::rewind() {

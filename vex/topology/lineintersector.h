@@ -40,8 +40,14 @@ class VEXLineIntersector {
   // computeIntersections; 329003 more coordinates than can be counted; 244023 header rows that do not fit.
   VEXStatus addLine(const VEXLine& line, int flag);
   VEXStatus addLines(std::span<const VEXLine> lines, int flag);  // stops at the first that is refused
+  // A line that is one chain, on bare arrays; z may be empty.
+  VEXStatus addLine(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs);
   // For callers that know how much will come.
   void reserve(std::size_t numLines, std::size_t numCoords);
+
+  // The largest coordinate that is taken, and how many there is room for.
+  static constexpr double kLargestCoord = 1e75;  // sizes beyond this would overflow in a product of four
+  std::size_t room() const;
 
   // 329002 when called twice.
   VEXStatus computeIntersections(const VEXProgress& progress = {});
@@ -50,6 +56,12 @@ class VEXLineIntersector {
   // something from its first meeting. A piece of more than maxVertices coordinates (0: no limit; 1 counts as 2) comes
   // in runs that share their ends, none of a single coordinate.
   bool nextPiece(VEXChainPiece& piece, std::size_t maxVertices = 0);
+
+  // The same pieces in the same order, as their courses in the chains.
+  bool nextCourse(VEXPieceCourse& course);
+  const VEXChainStore& chains() const;
+  // The piece of a course. After a rewind, in the order in which courses came; some may be left out.
+  void showPiece(const VEXPieceCourse& course, VEXChainPiece& piece);
 
   // Pieces are given from the first again.
   void rewind();

@@ -69,7 +69,6 @@ void VEXPieceCutter::addShared(const std::vector<std::uint32_t>& segments, std::
   std::sort(from, sharedChains_.end(), [](std::int32_t a, std::int32_t b) {
     return std::abs(a) != std::abs(b) ? std::abs(a) < std::abs(b) : a < b;
   });
-  sharedChains_.erase(std::unique(from, sharedChains_.end()), sharedChains_.end());
   shared.endChain = static_cast<std::uint32_t>(sharedChains_.size());
   shareds_.push_back(shared);
 }
@@ -139,57 +138,85 @@ bool VEXPieceCutter::beginChain() {
 void VEXPieceCutter::setIds(std::uint32_t segment) {
   const auto own = static_cast<std::int32_t>(chain_ + 1);
   ids_.assign(1, own);
+  passes_.clear();
   const std::uint32_t shared = segment < last_ ? sharedAt(segment) : kNotShared;
   if (shared == kNotShared) return;
   const int direction = directionOf(segment);
-  for (std::uint32_t i = shareds_[shared].firstChain; i < shareds_[shared].endChain; ++i)
-    if (sharedChains_[i] * direction != own) ids_.push_back(sharedChains_[i] * direction);
+  const auto others = sharedChains_.begin() + shareds_[shared].firstChain;
+  const auto end = sharedChains_.begin() + shareds_[shared].endChain;
+  for (auto it = others; it != end; ++it)
+    if (*it * direction != own) ids_.push_back(*it * direction);
   // A chain that runs both ways comes with its own direction first.
   std::sort(ids_.begin() + 1, ids_.end(), [](std::int32_t a, std::int32_t b) {
     return std::abs(a) != std::abs(b) ? std::abs(a) < std::abs(b) : a > b;
   });
+  ids_.erase(std::unique(ids_.begin() + 1, ids_.end()), ids_.end());
+  if (ids_.size() == static_cast<std::size_t>(end - others)) return;
+  for (auto it = others; it != end; ++it) passes_.push_back(*it * direction);
 }
 
 // Finds the next stretch between two breaks that is to be given.
-bool VEXPieceCutter::nextStretch() {
+bool VEXPieceCutter::nextStretch(std::uint32_t& from, std::uint32_t& to) {
   while (isOpen_ || beginChain()) {
-    const std::uint32_t from = at_;
-    std::uint32_t to = from;
+    from = to = at_;
     if (to < stop_)
       for (++to; to < stop_ && !isBreak(to - 1, to);) ++to;
-    const bool isLast = to == stop_;
-    const std::uint32_t number = static_cast<std::uint32_t>(chain_);
-    const bool hasZ = chains_.chain(number).hasZ;
-    const bool isWanted = from == last_ || isGiven(from);
-    setIds(from);
-    isWhole_ = from == first_ && to == last_ && ids_.size() == 1;
     at_ = to;
-    if (isLast) {
-      isOpen_ = false;
-      ++chain_;
-    }
-    if (!isWanted) continue;
-    runAt_ = 0;
-    if (isLast && wraps_) {
-      auto join = [&](VEXOrdinates all, std::vector<double>& joined) {
-        joined.assign(all.begin() + from, all.begin() + last_ + 1);
-        joined.insert(joined.end(), all.begin() + first_ + 1, all.begin() + wrapTo_ + 1);
-      };
-      join(chains_.xs(), wrapXs_);
-      join(chains_.ys(), wrapYs_);
-      if (hasZ) join(chains_.zs(), wrapZs_);
-      runXs_ = wrapXs_;
-      runYs_ = wrapYs_;
-      runZs_ = hasZ ? VEXOrdinates(wrapZs_) : VEXOrdinates();
-    } else {
-      const std::size_t count = to - from + 1;
-      runXs_ = chains_.xs().subspan(from, count);
-      runYs_ = chains_.ys().subspan(from, count);
-      runZs_ = hasZ ? chains_.zs().subspan(from, count) : VEXOrdinates();
-    }
-    return true;
+    if (to == stop_) isOpen_ = false;
+    if (from == last_ || isGiven(from)) return true;
+    if (!isOpen_) ++chain_;
   }
   return false;
+}
+
+bool VEXPieceCutter::nextCourse(VEXPieceCourse& course) {
+  std::uint32_t from = 0, to = 0;
+  if (!nextStretch(from, to)) return false;
+  course.first = from;
+  course.last = !isOpen_ && wraps_ ? wrapTo_ : to;
+  course.change = 1;
+  const std::uint32_t shared = from < last_ ? sharedAt(from) : kNotShared;
+  if (shared != kNotShared) {
+    course.change = 0;
+    for (std::uint32_t i = shareds_[shared].firstChain; i < shareds_[shared].endChain; ++i)
+      course.change += sharedChains_[i] > 0 ? 1 : -1;
+    course.change *= directionOf(from);
+  }
+  if (!isOpen_) ++chain_;
+  return true;
+}
+
+// Makes ready what is shown of a stretch of the chain at hand.
+void VEXPieceCutter::setRun(std::uint32_t from, std::uint32_t to, bool wraps) {
+  setIds(from);
+  isWhole_ = from == first_ && to == last_ && ids_.size() == 1 && passes_.empty();
+  const bool hasZ = chains_.chain(chain_).hasZ;
+  runAt_ = 0;
+  if (wraps) {
+    auto join = [&](VEXOrdinates all, std::vector<double>& joined) {
+      joined.assign(all.begin() + from, all.begin() + last_ + 1);
+      joined.insert(joined.end(), all.begin() + first_ + 1, all.begin() + to + 1);
+    };
+    join(chains_.xs(), wrapXs_);
+    join(chains_.ys(), wrapYs_);
+    if (hasZ) join(chains_.zs(), wrapZs_);
+    runXs_ = wrapXs_;
+    runYs_ = wrapYs_;
+    runZs_ = hasZ ? VEXOrdinates(wrapZs_) : VEXOrdinates();
+  } else {
+    const std::size_t count = to - from + 1;
+    runXs_ = chains_.xs().subspan(from, count);
+    runYs_ = chains_.ys().subspan(from, count);
+    runZs_ = hasZ ? chains_.zs().subspan(from, count) : VEXOrdinates();
+  }
+}
+
+void VEXPieceCutter::show(const VEXPieceCourse& course, VEXChainPiece& piece) {
+  while (chains_.endOf(chain_) <= course.first) ++chain_;
+  first_ = chains_.chain(chain_).first;
+  last_ = chains_.endOf(chain_) - 1;
+  setRun(course.first, course.last, course.last <= course.first && first_ != last_);
+  showRun(piece, 0);
 }
 
 // The next run of the stretch at hand; two runs share a coordinate.
@@ -201,13 +228,20 @@ void VEXPieceCutter::showRun(VEXChainPiece& piece, std::size_t maxVertices) {
   piece.ys = runYs_.subspan(runAt_, count);
   piece.zs = runZs_.empty() ? VEXOrdinates() : runZs_.subspan(runAt_, count);
   piece.chainIds = ids_;
+  piece.passes = passes_.empty() ? ids_ : passes_;
   piece.isWhole = isWhole_ && count == runXs_.size();
   runAt_ += count > 1 ? count - 1 : 1;
   if (runAt_ + 1 >= runXs_.size()) runXs_ = VEXOrdinates();
 }
 
 bool VEXPieceCutter::next(VEXChainPiece& piece, std::size_t maxVertices) {
-  if (runXs_.empty() && !nextStretch()) return false;
+  if (runXs_.empty()) {
+    std::uint32_t from = 0, to = 0;
+    if (!nextStretch(from, to)) return false;
+    const bool wraps = !isOpen_ && wraps_;
+    setRun(from, wraps ? wrapTo_ : to, wraps);
+    if (!isOpen_) ++chain_;
+  }
   showRun(piece, maxVertices);
   return true;
 }

@@ -17,6 +17,8 @@ struct VEXChainPiece {
   // The chains that run along the whole piece, the one that it was read from (above 0) first, then the others by
   // rising number; negative: that chain runs the other way. A stretch that several chains hold comes once.
   std::span<const std::int32_t> chainIds;
+  // The same, each chain as often as it runs along the piece: a ring may go round twice.
+  std::span<const std::int32_t> passes;
   bool isWhole = false;  // the chain as it was added: nothing cut it and it shares nothing
 
   std::size_t numCoords() const { return xs.size(); }
@@ -28,11 +30,23 @@ struct VEXChainPiece {
   VEXLine toLine(std::uint32_t geomType = VEX_GEOM_LINE) const;
 };
 
+// Where a piece lies in the chain store, instead of its coordinates. From `first` it runs to `last`; when that does not
+// lie behind it, over the end of its ring, whose first and last coordinates are one place, and on from the start.
+struct VEXPieceCourse {
+  std::uint32_t first = 0;
+  std::uint32_t last = 0;
+  std::int32_t change = 0;  // how many times chains run along it, less how many times they run the other way
+};
+
 class VEXPieceCutter {
  public:
   explicit VEXPieceCutter(const VEXChainStore& chains);
 
   bool next(VEXChainPiece& piece, std::size_t maxVertices);
+  // The course of the next piece. Pieces are asked for in the one way or the other; rewind lies between.
+  bool nextCourse(VEXPieceCourse& course);
+  // The piece of a course that nextCourse gave. After a rewind, in the same order; some may be left out.
+  void show(const VEXPieceCourse& course, VEXChainPiece& piece);
   void rewind();
   // The nodes in which pieces end that meet others, or themselves, in the order of chains; and one of their
   // coordinates.
@@ -58,13 +72,14 @@ class VEXPieceCutter {
   bool isBreak(std::uint32_t before, std::uint32_t after) const;  // between two segments in succession
   bool beginChain();
   void setIds(std::uint32_t segment);
-  bool nextStretch();
+  bool nextStretch(std::uint32_t& from, std::uint32_t& to);
+  void setRun(std::uint32_t from, std::uint32_t to, bool wraps);
   void showRun(VEXChainPiece& piece, std::size_t maxVertices);
 
   const VEXChainStore& chains_;
   std::vector<std::uint32_t> sharedOf_;  // by segment; empty when nothing is shared
   std::vector<Shared> shareds_;
-  std::vector<std::int32_t> sharedChains_;  // signed by the direction from the lower node to the higher
+  std::vector<std::int32_t> sharedChains_;  // signed by the direction from the lower node to the higher; each pass
   std::vector<std::uint8_t> numArms_;       // by node: segments of different course that end there, 3 for more
 
   std::size_t chain_ = 0;    // at work
@@ -77,6 +92,7 @@ class VEXPieceCutter {
   std::uint32_t wrapTo_ = 0;
   std::vector<double> wrapXs_, wrapYs_, wrapZs_;
   std::vector<std::int32_t> ids_;
+  std::vector<std::int32_t> passes_;    // empty where they are the ids
   VEXOrdinates runXs_, runYs_, runZs_;  // the stretch that is being given
   std::size_t runAt_ = 0;
   bool isWhole_ = false;

@@ -47,6 +47,13 @@ inline double sizeOf(const VEXSegment& s) {
 
 inline constexpr double kNarrow = 0x1p-10;  // sine of an angle below which a meeting is looked at again
 
+// Two segments of a chain in succession that meet in their common end and nowhere else, as nearly all do.
+inline bool goesOnClearly(const VEXSegment& s, const VEXSegment& t) {
+  const double dsx = s.x2 - s.x1, dsy = s.y2 - s.y1, dtx = t.x2 - t.x1, dty = t.y2 - t.y1;
+  const double reach = (std::fabs(dsx) + std::fabs(dsy)) * (std::fabs(dtx) + std::fabs(dty));
+  return std::fabs(dsx * dty - dsy * dtx) > 2.0 * kNarrow * reach;
+}
+
 // The quick test, by signs of cross products relative to the first end. Products are off by no more than four units
 // in their last place: within that, and within the tolerance, nothing is told here.
 inline VEXMeeting quickMeeting(const VEXSegment& s, const VEXSegment& t, double tolerance, VEXEndPair& pair) {

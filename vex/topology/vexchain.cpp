@@ -30,19 +30,19 @@ void VEXChainStore::reserve(std::size_t numChains, std::size_t numCoords) {
   ys_.reserve(std::min(numCoords, kMostCoords));
 }
 
-void VEXChainStore::addChain(const VEXLine& line, std::int32_t input) {
-  const std::size_t count = line.numCoords();
+void VEXChainStore::addChain(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t input) {
+  const std::size_t count = xs.size();
   VEXChain chain;
   chain.first = static_cast<std::uint32_t>(xs_.size());
   chain.input = input;
-  chain.hasZ = line.hasZ();
-  chain.isRing = count > 2 && line.isClosed();
+  chain.hasZ = !zs.empty();
+  chain.isRing = count > 2 && xs.front() == xs.back() && ys.front() == ys.back();
   chains_.push_back(chain);
   if (chain.hasZ && zs_.size() < xs_.size()) zs_.resize(xs_.size(), kNoZ);
-  xs_.insert(xs_.end(), line.xs().begin(), line.xs().end());
-  ys_.insert(ys_.end(), line.ys().begin(), line.ys().end());
+  xs_.insert(xs_.end(), xs.begin(), xs.end());
+  ys_.insert(ys_.end(), ys.begin(), ys.end());
   if (chain.hasZ)
-    zs_.insert(zs_.end(), line.zs().begin(), line.zs().end());
+    zs_.insert(zs_.end(), zs.begin(), zs.end());
   else if (!zs_.empty())
     zs_.resize(xs_.size(), kNoZ);
 }

@@ -35,7 +35,7 @@ class VEXChainStore {
   static constexpr std::size_t kMostCoords = (std::size_t{1} << 29) - 2;
 
   // ---- chains ----
-  void addChain(const VEXLine& line, std::int32_t input);
+  void addChain(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t input);  // zs may be empty
   void reserve(std::size_t numChains, std::size_t numCoords);
   std::size_t numChains() const { return chains_.size(); }
   std::size_t numCoords() const { return xs_.size(); }

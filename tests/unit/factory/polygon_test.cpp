@@ -237,7 +237,18 @@ TEST(PolygonDissolveFactory, DissolvesPolygonsThatMeetInAnyWay) {
        {"DISSOLVE_COUNT_ATTRIBUTE c" + outputs,
         {"a polygon 0 0, 4 4, 4 0, 0 4, 0 0"},
         "area {c=1} polygon 2 2, 4 4, 4 0, 2 2; area {c=1} polygon 0 4, 2 2, 0 0, 0 4",
-        "Dissolved 1 input polygon into 2 polygons"}});
+        "Dissolved 1 input polygon into 2 polygons"},
+       // on top of others: its turned loop takes nothing away
+       {"DISSOLVE_COUNT_ATTRIBUTE c OUTPUT POLYGON FEATURE_TYPE area",
+        {"a polygon -1 -1, 9 -1, 9 9, -1 9, -1 -1", "a polygon 0 0, 4 4, 4 0, 0 4, 0 0"},
+        "area {c=2} polygon -1 -1, -1 9, 9 9, 9 -1, -1 -1",
+        "Dissolved 2 input polygons into 1 polygon"},
+       // a hole outside of its shell, and what covers it; a polygon without area is a member of none
+       {"DISSOLVE_COUNT_ATTRIBUTE c OUTPUT POLYGON FEATURE_TYPE area",
+        {"a donut 0 0, 0 2, 2 2, 2 0, 0 0, 5 0, 7 0, 7 2, 5 2, 5 0", "a polygon 5 0, 7 0, 7 2, 5 2, 5 0",
+         "a polygon 5 1, 6 1, 7 1, 5 1"},
+        "area {c=2} polygon 5 1, 5 2, 7 2, 7 1, 7 0, 5 0, 5 1; area {c=1} polygon 0 0, 0 2, 2 2, 2 0, 0 0",
+        "Dissolved 3 input polygons into 2 polygons"}});
 }
 
 // On a grid of small squares that are given in random sizes and places, dissolving finds the squares that are covered,

@@ -1,0 +1,219 @@
+#include "vex/factory/featcovr.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+constexpr std::uint32_t kNotPlane = 328005;
+constexpr std::size_t kManyCoords = std::size_t{1} << 20;  // from here on memory that grows by doubling is felt
+
+}  // namespace
+
+VEXStatus VEXFeatureCover::addRing(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t number) {
+  VEX_TRY(intersector_->addLine(xs, ys, zs));
+  features_.push_back(number);
+  return nullptr;
+}
+
+void VEXFeatureCover::doubt(std::int32_t number) {
+  doubted_.push_back(number);
+}
+
+std::int32_t VEXFeatureCover::featureOf(std::int32_t chainId) const {
+  return features_[static_cast<std::size_t>(std::abs(chainId)) - 1];
+}
+
+VEXStatus VEXFeatureCover::compute() {
+  VEX_TRY(intersector_->computeIntersections());
+  findSelfMeetings();
+  VEXPieceCourse course;
+  if (intersector_->chains().numCoords() >= kManyCoords) {
+    std::size_t count = 0;
+    while (intersector_->nextCourse(course)) ++count;
+    graph_->reserve(count);
+    intersector_->rewind();
+  }
+  while (intersector_->nextCourse(course)) graph_->add(course);
+  VEX_TRY(settleDoubts());
+  if (!faults_.empty()) return nullptr;
+  if (!graph_->build()) return extendStatus(noteFaults(graph_->faultPlace(), graph_->faultPieces()));
+  graph_->endBuilding();
+  for (std::size_t piece = 0; piece < graph_->numPieces(); ++piece)
+    if (graph_->leftCover(piece) != 0 && graph_->rightCover(piece) != 0) graph_->joinSides(piece);
+  intersector_->rewind();
+  lastRegion_.assign(features_.size(), -1);
+  return nullptr;
+}
+
+// ---- features that may cover less than nothing ----
+
+// A feature whose rings meet neither themselves nor each other covers what lies on the right of them, once. Only those
+// that come to a node twice may have a loop that is turned; the chains of one feature lie side by side.
+void VEXFeatureCover::findSelfMeetings() {
+  const VEXChainStore& chains = intersector_->chains();
+  std::vector<std::int32_t> lastFeature(chains.numNodes(), -1);
+  for (std::size_t chain = 0; chain < features_.size(); ++chain) {
+    const std::int32_t feature = features_[chain];
+    bool isMet = false;
+    for (std::uint32_t at = chains.chain(chain).first, end = chains.endOf(chain); at + 1 < end; ++at) {
+      const std::uint32_t node = chains.nodeAt(at);
+      if (node == kNoNode) continue;
+      isMet = isMet || lastFeature[node] == feature;
+      lastFeature[node] = feature;
+    }
+    if (isMet && (doubted_.empty() || doubted_.back() != feature)) doubted_.push_back(feature);
+  }
+}
+
+// What a doubtful feature covers is told by its own pieces alone. In the graph of all it then counts once wherever it
+// covers anything, so that no loop of it takes away what another feature covers.
+VEXStatus VEXFeatureCover::settleDoubts() {
+  if (doubted_.empty()) return nullptr;
+  std::sort(doubted_.begin(), doubted_.end());
+  isDoubtful_.resize(features_.size());
+  for (std::size_t chain = 0; chain < features_.size(); ++chain)
+    isDoubtful_[chain] = std::binary_search(doubted_.begin(), doubted_.end(), features_[chain]);
+  std::vector<Pass> passes;
+  intersector_->rewind();
+  VEXChainPiece piece;
+  for (std::uint32_t number = 0; number < graph_->numPieces(); ++number) {
+    intersector_->showPiece(graph_->course(number), piece);
+    for (std::int32_t id : piece.passes)
+      if (isDoubtful_[static_cast<std::size_t>(std::abs(id)) - 1])
+        passes.push_back({featureOf(id), number, id > 0 ? 1 : -1});
+  }
+  std::sort(passes.begin(), passes.end(), [](const Pass& a, const Pass& b) {
+    return a.feature != b.feature ? a.feature < b.feature : a.piece < b.piece;
+  });
+  VEXCoverGraph alone(intersector_->chains());
+  for (std::size_t first = 0, last; first < passes.size(); first = last) {
+    for (last = first; last < passes.size() && passes[last].feature == passes[first].feature;) ++last;
+    VEX_TRY(settle(std::span(passes).subspan(first, last - first), alone));
+    if (!faults_.empty()) return nullptr;
+  }
+  std::sort(sides_.begin(), sides_.end(), [](const Sides& a, const Sides& b) {
+    return a.piece != b.piece ? a.piece < b.piece : a.feature < b.feature;
+  });
+  return nullptr;
+}
+
+// The passes of one feature, by pieces.
+VEXStatus VEXFeatureCover::settle(std::span<const Pass> passes, VEXCoverGraph& alone) {
+  alone.clear();
+  std::vector<std::uint32_t> pieces;
+  for (const Pass& pass : passes) {
+    if (pieces.empty() || pieces.back() != pass.piece) {
+      pieces.push_back(pass.piece);
+      alone.add({graph_->course(pass.piece).first, graph_->course(pass.piece).last, 0});
+    }
+    alone.addChange(pieces.size() - 1, pass.change);
+  }
+  if (!alone.build()) {
+    std::vector<std::uint32_t> around;
+    for (std::uint32_t at : alone.faultPieces()) around.push_back(pieces[at]);
+    return extendStatus(noteFaults(alone.faultPlace(), around));
+  }
+  bool isTurned = false;
+  for (std::size_t at = 0; at < pieces.size(); ++at)
+    isTurned = isTurned || alone.leftCover(at) < 0 || alone.rightCover(at) < 0;
+  for (std::size_t at = 0; at < pieces.size(); ++at) {
+    const Sides sides{pieces[at], passes[0].feature, alone.leftCover(at) != 0, alone.rightCover(at) != 0};
+    sides_.push_back(sides);
+    const std::int32_t change = alone.rightCover(at) - alone.leftCover(at);
+    if (isTurned) graph_->addChange(pieces[at], (sides.right ? 1 : 0) - (sides.left ? 1 : 0) - change);
+  }
+  return nullptr;
+}
+
+// The faces tell best where lines cross. Where all of them are sound still, the node of the contradiction has to do.
+VEXStatus VEXFeatureCover::noteFaults(const VEXPoint& place, const std::vector<std::uint32_t>& pieces) {
+  VEXTopology faces(VEXTopology::kPlain);
+  std::vector<std::int32_t> around;
+  intersector_->rewind();
+  VEXChainPiece piece;
+  for (std::uint32_t number = 0; number < graph_->numPieces(); ++number) {
+    intersector_->showPiece(graph_->course(number), piece);
+    VEX_TRY(faces.addLine(piece.xs, piece.ys, piece.zs, 0, piece.chainIds));
+    if (std::binary_search(pieces.begin(), pieces.end(), number))
+      for (std::int32_t id : piece.chainIds) around.push_back(featureOf(id));
+  }
+  VEXTopologyResult result;
+  VEXPolygonOptions options;
+  options.keepLines = false;
+  VEX_TRY(faces.buildPolygons(result, options));
+  faults_ = std::move(result.faults);
+  for (const VEXTopologyFault& fault : faults_)
+    for (std::int32_t arc : fault.arcs)
+      for (std::int32_t id : faces.arc(arc).attributes()) faulty_.push_back(featureOf(id));
+  if (!faults_.empty()) return nullptr;
+  VEXTopologyFault& fault = faults_.emplace_back();
+  fault.number = kNotPlane;
+  fault.x = place.x;
+  fault.y = place.y;
+  for (std::uint32_t at : pieces) fault.arcs.push_back(static_cast<std::int32_t>(at) + 1);
+  faulty_ = std::move(around);
+  return nullptr;
+}
+
+// ---- what is covered ----
+
+bool VEXFeatureCover::next(VEXCoverPiece& piece) {
+  if (nextPiece_ == graph_->numPieces()) return false;
+  const std::size_t at = nextPiece_++;
+  VEXChainPiece cut;
+  intersector_->showPiece(graph_->course(at), cut);
+  if (at == 0) hasZ_ = !cut.zs.empty();
+  piece.xs = cut.xs;
+  piece.ys = cut.ys;
+  piece.zs = hasZ_ ? cut.zs : VEXOrdinates();
+  if (hasZ_ && cut.zs.empty()) {
+    noZs_.assign(cut.xs.size(), 0.0);
+    piece.zs = noZs_;
+  }
+  piece.chainIds = cut.chainIds;
+  piece.coversLeft = graph_->leftCover(at) != 0;
+  piece.coversRight = graph_->rightCover(at) != 0;
+  if (piece.coversLeft) piece.leftRegion = static_cast<std::int32_t>(graph_->leftRegion(at));
+  if (piece.coversRight) piece.rightRegion = static_cast<std::int32_t>(graph_->rightRegion(at));
+  addMembers(piece);
+  return true;
+}
+
+void VEXFeatureCover::addMembers(const VEXCoverPiece& piece) {
+  const std::uint32_t number = nextPiece_ - 1;
+  if (!piece.coversLeft && !piece.coversRight) return;
+  for (std::int32_t id : piece.chainIds) {
+    const std::size_t chain = static_cast<std::size_t>(std::abs(id)) - 1;
+    if (!isDoubtful_.empty() && isDoubtful_[chain]) continue;
+    if (id > 0 && piece.coversRight) addMember(piece.rightRegion, chain);
+    if (id < 0 && piece.coversLeft) addMember(piece.leftRegion, chain);
+  }
+  for (; nextSides_ < sides_.size() && sides_[nextSides_].piece <= number; ++nextSides_) {
+    const Sides& sides = sides_[nextSides_];
+    if (sides.piece != number) continue;
+    if (sides.left) members_.emplace_back(piece.leftRegion, sides.feature);
+    if (sides.right) members_.emplace_back(piece.rightRegion, sides.feature);
+  }
+}
+
+// Pieces of one ring follow each other: nearly always in the same region.
+void VEXFeatureCover::addMember(std::int32_t region, std::size_t chain) {
+  if (lastRegion_[chain] == region) return;
+  lastRegion_[chain] = region;
+  members_.emplace_back(region, features_[chain]);
+}
+
+std::vector<std::pair<std::int32_t, std::int32_t>>& VEXFeatureCover::members() {
+  std::sort(members_.begin(), members_.end());
+  members_.erase(std::unique(members_.begin(), members_.end()), members_.end());
+  return members_;
+}
+
+void VEXFeatureCover::endReading() {
+  graph_.reset();
+  intersector_.reset();
+  lastRegion_ = {};
+  sides_ = {};
+  members_ = {};
+}
