@@ -221,7 +221,6 @@ bool VEXCoverGraph::goAround(std::uint32_t half) {
     if (covers_[next / 2] == kUnknown) {
       setCover(next ^ 1U, cover);
       spread_.push_back(next / 2);
-      waiting_.push_back(next ^ 1U);
     } else if (coverOf(next ^ 1U) != cover) {
       return fail(next);
     }
@@ -231,15 +230,14 @@ bool VEXCoverGraph::goAround(std::uint32_t half) {
   return true;
 }
 
-// Takes the cover of one side to all that hangs together with it.
+// Takes the cover of one side to all that hangs together with it: around both ends of each piece that became known.
 bool VEXCoverGraph::spread(std::uint32_t side, std::int32_t cover) {
   setCover(side, cover);
+  spread_.clear();
   spread_.push_back(side / 2);
-  waiting_.assign({side, side ^ 1U});
-  while (!waiting_.empty()) {
-    const std::uint32_t half = waiting_.back();
-    waiting_.pop_back();
-    if (!goAround(half)) return false;
+  for (std::size_t i = 0; i < spread_.size(); ++i) {
+    const std::uint32_t half = 2 * spread_[i];
+    if (!goAround(half) || !goAround(half + 1)) return false;
   }
   return true;
 }
@@ -252,7 +250,6 @@ bool VEXCoverGraph::placeOthers() {
   components[0].isPlaced = true;
   for (std::uint32_t piece = 0; piece < pieces_.size(); ++piece) {
     if (covers_[piece] != kUnknown) continue;
-    spread_.clear();
     if (!spread(2 * piece, 0)) return false;
     Component& component = components.emplace_back();
     for (std::uint32_t member : spread_) {
@@ -304,7 +301,7 @@ bool VEXCoverGraph::build() {
   parents_.resize(2 * pieces_.size());
   for (std::uint32_t side = 0; side < parents_.size(); ++side) parents_[side] = side;
   isPassed_.assign(numNodes_, false);
-  spread_.clear();
+  spread_.reserve(pieces_.size());
   std::size_t numPoints = 0;
   for (std::size_t piece = 0; piece < pieces_.size(); ++piece) {
     if (nodeOf_[2 * piece] != kNone) continue;
@@ -322,6 +319,5 @@ void VEXCoverGraph::endBuilding() {
   endStart_ = {};
   ends_ = {};
   spread_ = {};
-  waiting_ = {};
   isPassed_ = {};
 }

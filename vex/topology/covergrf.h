@@ -108,7 +108,6 @@ class VEXCoverGraph {
   std::vector<bool> isPassed_;          // by node
   std::vector<std::int32_t> covers_;    // of the left sides
   std::vector<std::uint32_t> parents_;  // by side
-  std::vector<std::uint32_t> waiting_;
   std::vector<std::uint32_t> spread_;  // pieces in the order in which they became known
   VEXPoint faultPlace_;
   std::vector<std::uint32_t> faultPieces_;

@@ -171,6 +171,8 @@ void VEXChainStore::beginRounds() {
 }
 
 void VEXChainStore::endRounds() {
+  numNodes_ = nodes_.size();
+  nodes_ = std::vector<VEXChainNode>();
   dirty_ = std::vector<std::uint8_t>();
   threadings_ = std::vector<Threading>();
   lastThreaded_ = std::vector<std::uint32_t>();

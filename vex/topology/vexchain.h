@@ -82,10 +82,9 @@ class VEXChainStore {
   void rebuild();
 
   // ---- after the last round ----
-  std::size_t numNodes() const { return nodes_.size(); }
-  const VEXChainNode& node(std::uint32_t at) const { return nodes_[at]; }
+  std::size_t numNodes() const { return numNodes_; }
   const std::vector<std::uint32_t>& coordNodes() const { return coordNodes_; }
-  // Lets go of what only rounds need.
+  // Lets go of what only rounds need, the nodes' places among it: the coordinates have them.
   void endRounds();
 
  private:
@@ -118,6 +117,7 @@ class VEXChainStore {
   std::vector<std::uint32_t> lastThreaded_;  // the newest of each segment
   std::vector<Stop> stops_;                  // of the segment at work
   std::size_t settleAbove_ = 0;
+  std::size_t numNodes_ = 0;
   std::size_t numDirty_ = 0;
   std::size_t numChanges_ = 0;
 };
