@@ -91,7 +91,8 @@ TEST_F(Correlation, RewritesAFeature) {
            Row{"S a x %x y %y", "D b z @Concatenate(%y) w %x", "a {x=1, y=%x}", "b {w=1, z=1}"},
            Row{"S a x %x y %y", "D * y 3 x @Concatenate(%y,%x) z @Concatenate(%x,%y)", "a {x=1, y=2}",
                "a {x=21, y=3, z=12}"},
-           Row{"S a x %x", "D * @SupplyAttributes(p,1,q,2,r,3,s,4,t,5,u,6,v,7,w,8) y @Concatenate(%x) @CopyAttributes(z,x)",
+           Row{"S a x %x",
+               "D * @SupplyAttributes(p,1,q,2,r,3,s,4,t,5,u,6,v,7,w,8) y @Concatenate(%x) @CopyAttributes(z,x)",
                "a {x=1}", "a {p=1, q=2, r=3, s=4, t=5, u=6, v=7, w=8, x=1, y=1, z=1}"},
        }) {
     ASSERT_EQ(load({row.source, row.dest}), 0U) << row.source;
