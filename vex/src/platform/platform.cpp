@@ -159,8 +159,9 @@ std::ptrdiff_t writeQuietly(int fd, const char* bytes, std::size_t count) {
   const ssize_t put = ::write(fd, bytes, count);
   const int error = errno;
   const timespec atOnce{};
-  // One that waited before stays: it is not ours.
-  if (put < 0 && error == EPIPE && sigismember(&waiting, SIGPIPE) == 0) sigtimedwait(&pipeSignal, nullptr, &atOnce);
+  // It comes with an error, or with less written than was given. One that waited before stays: it is not ours.
+  if (put < static_cast<ssize_t>(count) && sigismember(&waiting, SIGPIPE) == 0)
+    sigtimedwait(&pipeSignal, nullptr, &atOnce);
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
   errno = error;
   return put;
