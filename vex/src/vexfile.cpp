@@ -141,9 +141,8 @@ bool VEXOutputFile::open(const std::string& path, unsigned protection) {
   path_ = path;
   flushed_ = 0;
   used_ = 0;
-  fd_ = ::open(platform::nativePath(path).c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, protection);
-  // A device such as the terminal may allow writing only.
-  if (fd_ < 0) fd_ = ::open(platform::nativePath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, protection);
+  // Not for reading too: a pipe would have this process as a reader, and writing to it never end.
+  fd_ = ::open(platform::nativePath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, protection);
   error_ = fd_ < 0 ? errno : 0;
   if (fd_ >= 0 && buffer_ == nullptr) buffer_.reset(new char[kCapacity]);
   return fd_ >= 0;
@@ -151,7 +150,7 @@ bool VEXOutputFile::open(const std::string& path, unsigned protection) {
 
 bool VEXOutputFile::writeOut(const char* bytes, std::size_t count) {
   while (count > 0 && error_ == 0) {
-    ssize_t put = ::write(fd_, bytes, count);
+    const ssize_t put = platform::writeQuietly(fd_, bytes, count);
     if (put < 0 && errno == EINTR) continue;
     if (put < 0) {
       error_ = errno;

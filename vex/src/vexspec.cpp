@@ -247,10 +247,11 @@ VEXStatus VEXFeatureSpec::apply(VEXFeaturePtr& feature, VEXVariableTable& variab
 
 VEXStatus VEXFeatureSpec::rewrite(VEXFeaturePtr& feature, VEXVariableTable& variables) const {
   // Variables may look into the attribute values they were captured from. Those stay readable while the feature
-  // is filled anew; where the attributes stay on the feature the values are copied first.
+  // is filled anew; where the attributes stay on the feature the values are copied first, for functions that ask for
+  // them too.
   if (useFeatureType_) {
     feature->shelveAttributes();
-  } else if (!transferVars_.empty()) {
+  } else {
     variables.copyViews();
   }
   for (std::size_t i = 0; i < attrPaths_.size(); ++i)
@@ -261,6 +262,7 @@ VEXStatus VEXFeatureSpec::rewrite(VEXFeaturePtr& feature, VEXVariableTable& vari
   if (!functions_.empty()) VEX_TRY(runFunctions(feature, variables, false));
   return nullptr;
 }
+
 void VEXFeatureSpec::reportMissing(const std::string& oldType, const VEXVariableTable& variables) const {
   std::string missing;
   std::string_view value;

@@ -19,9 +19,11 @@ class VEXVariableTable {
     slots_[slot]->value = value;
     slots_[slot]->generation = generation_;
   }
+  // False, and `value` stays, when it is undefined: what an earlier feature left there may be gone.
   bool get(std::size_t slot, std::string_view& value) const {
+    if (slots_[slot]->generation != generation_) return false;
     value = slots_[slot]->value;
-    return slots_[slot]->generation == generation_;
+    return true;
   }
   void set(std::string_view name, std::string_view value) { set(slotOf(name), value); }
   bool find(std::string_view name, std::string_view& value) const;  // false when undefined

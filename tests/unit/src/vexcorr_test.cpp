@@ -89,10 +89,26 @@ TEST_F(Correlation, RewritesAFeature) {
            Row{"S a x %x @FeatureType(%x)", "D b x %x", "a", "b {x=a}"},
            Row{"S a x %x y %y", "D b z @Concatenate(&v) v %x w %y", "a {x=1, y=2}", "b {v=1, w=2, z=1}"},
            Row{"S a x %x y %y", "D b z @Concatenate(%y) w %x", "a {x=1, y=%x}", "b {w=1, z=1}"},
+           Row{"S a x %x y %y", "D * y 3 x @Concatenate(%y,%x) z @Concatenate(%x,%y)", "a {x=1, y=2}",
+               "a {x=21, y=3, z=12}"},
+           Row{"S a x %x",
+               "D * @SupplyAttributes(p,1,q,2,r,3,s,4,t,5,u,6,v,7,w,8) y @Concatenate(%x) @CopyAttributes(z,x)",
+               "a {x=1}", "a {p=1, q=2, r=3, s=4, t=5, u=6, v=7, w=8, x=1, y=1, z=1}"},
        }) {
     ASSERT_EQ(load({row.source, row.dest}), 0U) << row.source;
     for (int round = 0; round < 2; ++round) EXPECT_EQ(correlate(row.in), row.out) << row.source << " / " << row.dest;
   }
+}
+
+TEST_F(Correlation, AVariableHoldsNothingOfTheFeatureBefore) {
+  for (const char* dest : {"D b y @Concatenate(<,%x,>)", "D b y @Concatenate(<%x>)", "D * y @Concatenate(<,%x,>)"}) {
+    ASSERT_EQ(load({"S a x %x", dest}), 0U);
+    EXPECT_NE(correlate("a {x=1}").find("y=<1>"), std::string::npos) << dest;
+    EXPECT_NE(correlate("a {z=22222}").find("y=<>"), std::string::npos) << dest;
+  }
+  ASSERT_EQ(load({"S a y @Concatenate(%z,%x) x %x", "D b x %x z %z"}), 0U);
+  EXPECT_EQ(correlate("a {x=1, y=2}"), "b {x=1, z=}");
+  EXPECT_EQ(correlate("a {y=2}"), "b {z=}");
 }
 
 TEST_F(Correlation, FunctionsRunForwardOnTheDestinationAndBackwardOnTheSource) {

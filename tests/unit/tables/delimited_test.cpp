@@ -1,4 +1,10 @@
 // Delimited text: what the lines of a file become, and what rows become.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <thread>
+
 #include "tests/unit/tables/tabletest.h"
 #include "vex/tables/sepvalin.h"
 #include "vex/tables/sepvalot.h"
@@ -138,6 +144,21 @@ TEST_F(Delimited, FailsOnAFullDisk) {
   }
   EXPECT_TRUE(logged(VEXSeverity::Error, "given up"));
   EXPECT_TRUE(std::filesystem::exists("/dev/full"));
+}
+
+// Neither waits for ever nor ends the process.
+TEST_F(Delimited, FailsOnAPipeWhoseReaderHasGone) {
+  ASSERT_EQ(::mkfifo(at("pipe").c_str(), 0600), 0);
+  std::thread reader([&] {
+    const int end = ::open(at("pipe").c_str(), O_RDONLY);
+    char block[100];
+    EXPECT_EQ(::read(end, block, sizeof block), 100);
+    ::close(end);
+  });
+  const std::string wide(500000, 'x');
+  VEXSeparatedOutput output(at("pipe"));
+  EXPECT_EQ(write(output, {{"a", "char(3)"}}, {{wide}, {wide}, {wide}, {wide}, {wide}}), 308008u);
+  reader.join();
 }
 
 }  // namespace

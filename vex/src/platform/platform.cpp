@@ -4,9 +4,11 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <fnmatch.h>
+#include <signal.h>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -146,6 +148,23 @@ void removeUnclaimedFiles(const std::string& directory, std::string_view begin, 
     ::close(fd);
   }
   closedir(listing);
+}
+
+std::ptrdiff_t writeQuietly(int fd, const char* bytes, std::size_t count) {
+  sigset_t pipeSignal, before, waiting;
+  sigemptyset(&pipeSignal);
+  sigaddset(&pipeSignal, SIGPIPE);
+  sigpending(&waiting);
+  pthread_sigmask(SIG_BLOCK, &pipeSignal, &before);
+  const ssize_t put = ::write(fd, bytes, count);
+  const int error = errno;
+  const timespec atOnce{};
+  // It comes with an error, or with less written than was given. One that waited before stays: it is not ours.
+  if (put < static_cast<ssize_t>(count) && sigismember(&waiting, SIGPIPE) == 0)
+    sigtimedwait(&pipeSignal, nullptr, &atOnce);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  errno = error;
+  return put;
 }
 
 std::string errorText(int error) {

@@ -1,6 +1,7 @@
 // Everything that knows the operating system. Another system means another platform.cpp and nothing else.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -34,6 +35,8 @@ int createExclusive(const std::string& path, int& error);
 bool claimFile(int fd);
 // Removes the files of a directory whose names begin and end so, and that this user owns and no process claims.
 void removeUnclaimedFiles(const std::string& directory, std::string_view begin, std::string_view end);
+// write(2) without the signal that a pipe without readers sends, which would end the process: then it only fails.
+std::ptrdiff_t writeQuietly(int fd, const char* bytes, std::size_t count);
 std::string errorText(int error);
 // A path as the system takes it: "\" turned into "/". "NUL:" becomes the null device.
 std::string nativePath(std::string_view path);
