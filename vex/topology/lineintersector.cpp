@@ -310,9 +310,10 @@ void VEXLineIntersector::Work::report(std::size_t done, std::size_t total) {
 
 template <class ForEach>
 void VEXLineIntersector::Work::fillGrid(VEXSpatialGridCore& grid, ForEach&& forEach) const {
-  grid.fill(forEach);
   grid.setChooser(
-      [this](std::span<const VEXSpatialGridCore::Entry> entries, std::uint32_t) { return parmsFor(entries); });
+      [this](std::span<const VEXSpatialGridCore::Entry> entries, std::uint32_t) { return parmsFor(entries); },
+      std::min(parms.grid.maxEntries, parms.subGrid.maxEntries));
+  grid.fill(forEach);
 }
 
 void VEXLineIntersector::Work::runRound(int round) {

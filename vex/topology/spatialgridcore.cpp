@@ -6,7 +6,7 @@
 #include "vex/inc/vexassert.h"
 
 VEXSpatialGridCore::VEXSpatialGridCore(VEXOrdinates xs, VEXOrdinates ys, const VEXGridParms& parms)
-    : xs_(xs), ys_(ys), parms_(parms) {}
+    : xs_(xs), ys_(ys), parms_(parms), fewest_(parms.maxEntries) {}
 
 void VEXSpatialGridCore::Grid::span(const VEXBox& extent, const VEXGridParms& parms, std::size_t numEntries) {
   auto within = [](std::uint32_t count) { return std::clamp(count, std::uint32_t{1}, std::uint32_t{65536}); };
@@ -112,7 +112,7 @@ void VEXSpatialGridCore::divide(std::vector<Entry>& entries, const VEXBox& squar
   const std::size_t mostPlaced = 2 * count * std::max<std::size_t>(8, count / 64);
   std::size_t numPlaced = 0;
   for (std::size_t i = 0; i < count && numPlaced <= mostPlaced; ++i)
-    squaresOf(grid, entries[i], [&](std::size_t at, std::uint32_t) {
+    squaresOf(grid, entries[i], [&](std::size_t at) {
       ++starts[at + 1];
       ++numPlaced;
     });
@@ -127,8 +127,9 @@ void VEXSpatialGridCore::divide(std::vector<Entry>& entries, const VEXBox& squar
   std::vector<Entry> placed(numPlaced);
   {
     std::vector<std::uint32_t> next(starts.begin(), starts.end() - 1);
+    auto mayBeDivided = [&](std::size_t at) { return starts[at + 1] - starts[at] > fewest_; };
     for (const Entry& entry : entries)
-      squaresOf(grid, entry, [&](std::size_t at, std::uint32_t flags) {
+      flaggedSquaresOf(grid, entry, mayBeDivided, [&](std::size_t at, std::uint32_t flags) {
         Entry& target = placed[next[at]++];
         target = entry;
         target.flags = flags;

@@ -43,7 +43,8 @@ class VEXSpatialGridCore {
     std::uint32_t flags;
   };
   // Two entries whose flags share a bit of kBefore meet in another square as well, at the lower corner of the common
-  // box; they are left to that one. A long segment is entered along its course only: there is no telling.
+  // box; they are left to that one. A long segment is entered along its course only: there is no telling. Nor is there
+  // when one of an entry's squares may be divided: in a finer grid it may be long.
   static constexpr std::uint32_t kBeforeX = 1, kBeforeY = 2, kBefore = 3, kLong = 4;
   static bool isPairOfSquare(const Entry& a, const Entry& b) {
     return (a.flags & b.flags & kBefore) == 0 || ((a.flags | b.flags) & kLong) != 0;
@@ -56,7 +57,11 @@ class VEXSpatialGridCore {
 
   VEXSpatialGridCore(VEXOrdinates xs, VEXOrdinates ys, const VEXGridParms& parms);
 
-  void setChooser(ParmsChooser chooser) { chooser_ = std::move(chooser); }
+  // `fewest`: no parameters that are chosen divide a square of so many entries or fewer.
+  void setChooser(ParmsChooser chooser, std::uint32_t fewest) {
+    chooser_ = std::move(chooser);
+    fewest_ = fewest;
+  }
   void setDump(DumpVisitor dump) { dump_ = std::move(dump); }
   // Enters the segments that forEach shows, each by the number of its first coordinate; none may be of length 0. Called
   // three times, to measure, to count and to enter: it must show the same each time.
@@ -86,9 +91,15 @@ class VEXSpatialGridCore {
   Entry entryOf(std::uint32_t number) const {
     return entryOf({xs_[number], ys_[number], xs_[number + 1], ys_[number + 1]}, number);
   }
-  // Calls put(square, flags) for each square of the grid that the entry's segment passes.
+  // Calls put(square) for each square of the grid that the entry's segment passes.
   template <class Put>
-  void squaresOf(const Grid& grid, const Entry& entry, Put&& put) const;
+  void squaresOf(const Grid& grid, const Entry& entry, Put&& put) const {
+    flaggedSquaresOf(
+        grid, entry, [](std::size_t) { return false; }, [&](std::size_t at, std::uint32_t) { put(at); });
+  }
+  // Calls put(square, flags); mayBeDivided(square) is asked of entries in several squares.
+  template <class MayBeDivided, class Put>
+  void flaggedSquaresOf(const Grid& grid, const Entry& entry, MayBeDivided&& mayBeDivided, Put&& put) const;
   void walk(const Grid& grid, const Entry& entry, std::uint32_t firstCol, std::uint32_t lastCol, std::uint32_t row,
             std::uint32_t& from, std::uint32_t& to) const;
   void divide(std::vector<Entry>& entries, const VEXBox& square, std::uint32_t depth, const SquareVisitor& show);
@@ -99,6 +110,7 @@ class VEXSpatialGridCore {
   VEXOrdinates ys_;
   VEXGridParms parms_;
   ParmsChooser chooser_;
+  std::uint32_t fewest_;
   DumpVisitor dump_;
   Grid top_;
   std::vector<std::uint32_t> starts_;   // of each square of the top grid in entries_, and the end
@@ -124,17 +136,22 @@ inline VEXSpatialGridCore::Entry VEXSpatialGridCore::entryOf(const VEXSegment& s
   return entry;
 }
 
-template <class Put>
-void VEXSpatialGridCore::squaresOf(const Grid& grid, const Entry& entry, Put&& put) const {
+template <class MayBeDivided, class Put>
+void VEXSpatialGridCore::flaggedSquaresOf(const Grid& grid, const Entry& entry, MayBeDivided&& mayBeDivided,
+                                          Put&& put) const {
   const std::uint32_t col1 = grid.colOf(entry.minX), col2 = grid.colOf(entry.maxX);
   const std::uint32_t row1 = grid.rowOf(entry.minY), row2 = grid.rowOf(entry.maxY);
   const std::uint32_t inherited = entry.flags;
   if (col1 == col2 && row1 == row2) return put(std::size_t{row1} * grid.cols + col1, inherited);
   const bool isWalked = col1 != col2 && row1 != row2 && (col2 - col1 + 1) * (row2 - row1 + 1) > 4;
+  bool isLong = isWalked;
+  for (std::uint32_t row = row1; row <= row2 && !isLong; ++row)
+    for (std::uint32_t col = col1; col <= col2 && !isLong; ++col)
+      isLong = mayBeDivided(std::size_t{row} * grid.cols + col);
   for (std::uint32_t row = row1; row <= row2; ++row) {
     std::uint32_t from = col1, to = col2;
     if (isWalked) walk(grid, entry, col1, col2, row, from, to);
-    const std::uint32_t flags = inherited | (row > row1 ? kBeforeY : 0) | (isWalked ? kLong : 0);
+    const std::uint32_t flags = inherited | (row > row1 ? kBeforeY : 0) | (isLong ? kLong : 0);
     for (std::uint32_t col = from; col <= to; ++col)
       put(std::size_t{row} * grid.cols + col, flags | (col > col1 ? kBeforeX : 0));
   }
@@ -165,13 +182,14 @@ void VEXSpatialGridCore::fill(ForEach&& forEach) {
   top_.span(box, parms_, numSegments);
   starts_.assign(top_.numSquares() + 1, 0);
   forEach([&](std::uint32_t number) {
-    squaresOf(top_, entryOf(number), [&](std::size_t square, std::uint32_t) { ++starts_[square + 1]; });
+    squaresOf(top_, entryOf(number), [&](std::size_t square) { ++starts_[square + 1]; });
   });
   for (std::size_t square = 0; square + 1 < starts_.size(); ++square) starts_[square + 1] += starts_[square];
   entries_.resize(starts_.back());
   std::vector<std::uint32_t> next(starts_.begin(), starts_.end() - 1);
+  auto mayBeDivided = [&](std::size_t square) { return starts_[square + 1] - starts_[square] > fewest_; };
   forEach([&](std::uint32_t number) {
-    squaresOf(top_, entryOf(number),
-              [&](std::size_t square, std::uint32_t flags) { entries_[next[square]++] = number | flags << 29; });
+    flaggedSquaresOf(top_, entryOf(number), mayBeDivided,
+                     [&](std::size_t square, std::uint32_t flags) { entries_[next[square]++] = number | flags << 29; });
   });
 }

@@ -255,6 +255,24 @@ TEST(LineIntersector, AgreesWithAllPairs) {
   }
 }
 
+// Crossings beside the borders of squares that are divided again, where the lines are entered along their course.
+TEST(LineIntersector, FindsEveryCrossingOfManySmallLines) {
+  constexpr int kCount = 700;
+  for (std::uint32_t side = 2; side <= 7; ++side) {
+    for (double step : {2.25, 3.0}) {
+      std::vector<Points> lines;
+      for (int i = 0; i < kCount; ++i) {
+        const double x = step * i;
+        lines.push_back({{x, 0}, {x + 2, 0}, {x, 1}, {x + 2, 1}, {x, 0}});
+      }
+      VEXIntersectorParms parms;
+      parms.grid = {side, side, 12, 8};
+      const std::vector<Piece> pieces = node(lines, 0, parms);
+      EXPECT_EQ(2U * kCount, pieces.size()) << side << ' ' << step;  // each is crossed once, by itself
+    }
+  }
+}
+
 // Where coordinates are large, small or close, points are drawn together; what comes out is noded all the same, and
 // noding it again changes nothing.
 TEST(LineIntersector, IsNodedAtEveryScale) {
