@@ -6,6 +6,7 @@
 namespace {
 
 constexpr std::uint32_t kNotPlane = 328005;
+constexpr std::uint32_t kFewestOfRing = 4;
 constexpr std::size_t kManyCoords = std::size_t{1} << 20;  // from here on memory that grows by doubling is felt
 
 }  // namespace
@@ -49,14 +50,16 @@ VEXStatus VEXFeatureCover::compute() {
 // ---- features that may cover less than nothing ----
 
 // A feature whose rings meet neither themselves nor each other covers what lies on the right of them, once. Only those
-// that come to a node twice may have a loop that is turned; the chains of one feature lie side by side.
+// that come to a node twice may have a loop that is turned, and what runs out and back on one segment covers nothing.
+// The chains of one feature lie side by side.
 void VEXFeatureCover::findSelfMeetings() {
   const VEXChainStore& chains = intersector_->chains();
   std::vector<std::int32_t> lastFeature(chains.numNodes(), -1);
   for (std::size_t chain = 0; chain < features_.size(); ++chain) {
     const std::int32_t feature = features_[chain];
-    bool isMet = false;
-    for (std::uint32_t at = chains.chain(chain).first, end = chains.endOf(chain); at + 1 < end; ++at) {
+    const std::uint32_t first = chains.chain(chain).first, end = chains.endOf(chain);
+    bool isMet = end - first < kFewestOfRing;
+    for (std::uint32_t at = first; at + 1 < end; ++at) {
       const std::uint32_t node = chains.nodeAt(at);
       if (node == kNoNode) continue;
       isMet = isMet || lastFeature[node] == feature;

@@ -189,6 +189,17 @@ TEST(Dissolver, CoversWhatAnyFeatureTurnsAround) {
   EXPECT_GT(numTurned, 200U);  // bow ties
 }
 
+// What runs out and back inside of a polygon covers nothing, whether it meets something on the way or not.
+TEST(Dissolver, WhatHasNoAreaIsAMemberOfNothing) {
+  VEXDissolver dissolver(false, false);
+  const Ring square = {{0, 0}, {0, 10}, {10, 10}, {10, 0}, {0, 0}};
+  const Shapes shapes = {{square}, {{{4, 4}, {6, 4}, {4, 4}}}, {{{8, 8}, {12, 8}, {8, 8}}}, {{{5, 3}, {5, 5}, {5, 3}}}};
+  for (std::size_t i = 0; i < shapes.size(); ++i) addTo(dissolver, shapes[i], static_cast<std::int32_t>(i));
+  ASSERT_EQ(dissolver.dissolve(), nullptr);
+  EXPECT_EQ(dissolver.polygons().size(), 1U);
+  EXPECT_EQ(dissolver.memberships(), (std::vector<std::pair<std::int32_t, std::size_t>>{{0, 0}}));
+}
+
 // Lines that cross spoil the faces on either side of them; that is one fault.
 TEST(Dissolver, TellsAFaultOnce) {
   struct Row {
