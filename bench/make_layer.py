@@ -3,7 +3,8 @@
 
     bench/make_layer.py DIRECTORY NAME [COUNT [VERTICES]]
 
-Each polygon is one ring of VERTICES points on average, with the eight attributes of COLUMNS."""
+Each polygon is one ring of VERTICES points on average, with the eight attributes of COLUMNS. With a spread above 1 they
+overlap their neighbours, with a block their zones are squares of so many of them along a side."""
 import array
 import math
 import pathlib
@@ -21,13 +22,16 @@ def definitions():
     return [(name, kinds[kind].format(width, decimals)) for name, kind, width, decimals in COLUMNS]
 
 
-def make(directory, name, count=500_000, vertices=20):
+def make(directory, name, count=500_000, vertices=20, spread=1.0, block=0):
     rng = random.Random(19980812)
     shapes = []  # rings around the origin, clockwise, of 15 to 25 points
     for _ in range(64):
         points = max(4, vertices + rng.randint(-vertices // 4, vertices // 4))
         angles = sorted((rng.random() * 2 * math.pi for _ in range(points - 1)), reverse=True)
-        ring = [((6 + 4 * rng.random()) * math.cos(a), (6 + 4 * rng.random()) * math.sin(a)) for a in angles]
+        radii = [(6 + 4 * rng.random(), 6 + 4 * rng.random()) for _ in angles]
+        if spread != 1.0:  # no ring may cross itself: peers refuse those
+            radii = [(spread * r, spread * r) for r, _ in radii]
+        ring = [(rx * math.cos(a), ry * math.sin(a)) for a, (rx, ry) in zip(angles, radii)]
         ring.append(ring[0])
         shapes.append((ring, [x for x, _ in ring], [y for _, y in ring]))
     owners = [f"{a} {b}" for a in ("Anna", "Boris", "Chen", "Dana", "Emre") for b in ("Meadow", "Hill", "Brook", "Stone")]
@@ -52,8 +56,9 @@ def make(directory, name, count=500_000, vertices=20):
             shp.write(struct.pack(">2i", i + 1, words) + content + coordinates.tobytes())
             entries += struct.pack(">2i", offset // 2, words)
             offset += 8 + 2 * words
+            zone = i // side // block * (side // block + 1) + i % side // block if block else i % 97
             dbf.write(b" %10d%-8s%-16s%-24s%14.2f%12d%04d%02d%02d%s" % (
-                i, b"Z%d" % (i % 97), rng.choice(uses).encode(), rng.choice(owners).encode(), 100 + rng.random() * 900,
+                i, b"Z%d" % zone, rng.choice(uses).encode(), rng.choice(owners).encode(), 100 + rng.random() * 900,
                 rng.randrange(500_000), 1900 + i % 120, 1 + i % 12, 1 + i % 28, b"TF"[i % 2:i % 2 + 1]))
         dbf.write(b"\x1a")
         box = (400000 - 10, 5200000 - 10, 400000 + 20 * side + 10, 5200000 + 20 * (count // side + 1) + 10, 0, 0, 0, 0)
