@@ -39,7 +39,7 @@ class VEXFeatureSorter {
   void clear();                                  // as new; buffers and the direction are kept
 
   // Bytes of features in memory, ORV_SORT_BYTES of the mapping file.
-  static constexpr std::int32_t kDefaultLimit = 64 << 20;
+  static constexpr std::int32_t kDefaultLimit = 32 << 20;
   static constexpr std::size_t kMostRuns = 128;  // merged at a time
 
  private:
