@@ -2,9 +2,20 @@
 // east and goes on counter-clockwise, so that the east itself comes last.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
 #include <cstdint>
 
 #include "vex/topology/orient.h"
+
+// One end of a line as it is put in order around its node.
+struct VEXLineEnd {
+  std::uint32_t half = 0;  // half edge
+  bool isLower = false;    // seen from the node at more than 180 degrees
+  double x = 0.0;          // the first coordinate away from the node
+  double y = 0.0;
+};
 
 // True for a direction in the second half of the order.
 inline bool goesLower(double x, double y, double toX, double toY) {
@@ -48,5 +59,28 @@ int compareCourses(const Course& a, const Course& b) {
     if (side != 0) return -side;
     fromX = x;
     fromY = y;
+  }
+}
+
+// Puts the ends around the node (x, y) in order. courseOf(half) gives the course of a half edge.
+template <class CourseOf>
+void sortEnds(double x, double y, VEXLineEnd* ends, std::size_t count, CourseOf&& courseOf) {
+  auto comesFirst = [&](const VEXLineEnd& a, const VEXLineEnd& b) {
+    if (a.isLower != b.isLower) return b.isLower;
+    // The exact answer is asked for where rounding could tell otherwise.
+    const double left = (a.x - x) * (b.y - y), right = (a.y - y) * (b.x - x);
+    if (std::fabs(left - right) > 1e-15 * (std::fabs(left) + std::fabs(right)) + 1e-280) return left > right;
+    const int side = orientation(x, y, a.x, a.y, b.x, b.y);
+    if (side != 0) return side > 0;
+    const int order = compareCourses(courseOf(a.half), courseOf(b.half));
+    return order != 0 ? order < 0 : a.half < b.half;
+  };
+  constexpr std::size_t kFew = 16;
+  if (count > kFew) return std::sort(ends, ends + count, comesFirst);
+  for (std::size_t i = 1; i < count; ++i) {
+    const VEXLineEnd moved = ends[i];
+    std::size_t at = i;
+    for (; at > 0 && comesFirst(moved, ends[at - 1]); --at) ends[at] = ends[at - 1];
+    ends[at] = moved;
   }
 }

@@ -1,7 +1,6 @@
 #include "vex/topology/covergrf.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "vex/topology/course.h"
 #include "vex/topology/facefind.h"
@@ -121,28 +120,6 @@ VEXCoverGraph::Course VEXCoverGraph::courseOf(std::uint32_t half) const {
       chains_.xs().data(), chains_.ys().data(), piece, bounds, half % 2 != 0, piece.last + beyond - piece.first + 1};
 }
 
-void VEXCoverGraph::sortEnds(End* ends, std::size_t count) const {
-  const double x = chains_.xs()[nodeCoord(ends[0].half)], y = chains_.ys()[nodeCoord(ends[0].half)];
-  auto comesFirst = [&](const End& a, const End& b) {
-    if (a.isLower != b.isLower) return b.isLower;
-    // The exact answer is asked for where rounding could tell otherwise.
-    const double left = (a.x - x) * (b.y - y), right = (a.y - y) * (b.x - x);
-    if (std::fabs(left - right) > 1e-15 * (std::fabs(left) + std::fabs(right)) + 1e-280) return left > right;
-    const int side = orientation(x, y, a.x, a.y, b.x, b.y);
-    if (side != 0) return side > 0;
-    const int order = compareCourses(courseOf(a.half), courseOf(b.half));
-    return order != 0 ? order < 0 : a.half < b.half;
-  };
-  constexpr std::size_t kFew = 16;
-  if (count > kFew) return std::sort(ends, ends + count, comesFirst);
-  for (std::size_t i = 1; i < count; ++i) {
-    const End moved = ends[i];
-    std::size_t at = i;
-    for (; at > 0 && comesFirst(moved, ends[at - 1]); --at) ends[at] = ends[at - 1];
-    ends[at] = moved;
-  }
-}
-
 void VEXCoverGraph::orderEnds() {
   endStart_.assign(numNodes_ + 1, 0);
   for (std::uint32_t node : nodeOf_)
@@ -162,7 +139,7 @@ void VEXCoverGraph::orderEnds() {
       const std::uint32_t next = nextCoord(first[i]);
       sorting_[i] = {first[i], goesLower(xs[at], ys[at], xs[next], ys[next]), xs[next], ys[next]};
     }
-    sortEnds(sorting_.data(), count);
+    sortEnds(xs[at], ys[at], sorting_.data(), count, [this](std::uint32_t half) { return courseOf(half); });
     for (std::size_t i = 0; i < count; ++i) first[i] = sorting_[i].half;
   }
 }

@@ -8,6 +8,7 @@
 #include <limits>
 #include <vector>
 
+#include "vex/topology/course.h"
 #include "vex/topology/piececut.h"
 #include "vex/topology/vexchain.h"
 
@@ -47,12 +48,6 @@ class VEXCoverGraph {
   // to its left.
   static constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
   static constexpr std::int32_t kUnknown = std::numeric_limits<std::int32_t>::min();
-  struct End {
-    std::uint32_t half = 0;
-    bool isLower = false;  // seen from the node at more than 180 degrees
-    double x = 0.0;        // the first coordinate away from the node
-    double y = 0.0;
-  };
   struct Lowest {  // smallest y, then largest x
     std::uint32_t piece = kNone;
     std::uint32_t coord = 0;
@@ -80,7 +75,6 @@ class VEXCoverGraph {
   std::uint32_t nextCoord(std::uint32_t half) const;
   Course courseOf(std::uint32_t half) const;
   void orderEnds();
-  void sortEnds(End* ends, std::size_t count) const;
   std::uint32_t find(std::uint32_t side) {
     while (parents_[side] != side) side = parents_[side] = parents_[parents_[side]];
     return side;
@@ -104,11 +98,11 @@ class VEXCoverGraph {
   Lowest lowest_;                        // of all
   std::vector<std::uint32_t> endStart_;  // by node: where its ends begin in ends_
   std::vector<std::uint32_t> ends_;      // half edges by the node that they leave, counter-clockwise
-  std::vector<End> sorting_;
+  std::vector<VEXLineEnd> sorting_;
   std::vector<bool> isPassed_;          // by node
   std::vector<std::int32_t> covers_;    // of the left sides
   std::vector<std::uint32_t> parents_;  // by side
-  std::vector<std::uint32_t> spread_;  // pieces in the order in which they became known
+  std::vector<std::uint32_t> spread_;   // pieces in the order in which they became known
   VEXPoint faultPlace_;
   std::vector<std::uint32_t> faultPieces_;
 };

@@ -193,7 +193,7 @@ void VEXTopology::orderEnds() {
   }
   std::uint32_t sum = 0;
   for (std::uint32_t& start : endStart_) start = sum += start;  // where runs end; filling moves it to where they begin
-  std::vector<End> list(sum);
+  std::vector<VEXLineEnd> list(sum);
   for (std::int32_t id = arcs_.count(); id >= 1; --id) {
     const VEXTopologyArcIndex::Record& arc = arcs_.record(id);
     if (arc.isRemoved) continue;
@@ -208,30 +208,13 @@ void VEXTopology::orderEnds() {
   ends_.resize(sum);
   next_.resize(static_cast<std::size_t>(arcs_.count()) * 2);
   for (std::size_t node = 0; node < numNodes; ++node) {
-    End* const first = list.data() + endStart_[node];
+    VEXLineEnd* const first = list.data() + endStart_[node];
     const std::size_t count = endStart_[node + 1] - endStart_[node];
-    sortEnds(nodes_.x(static_cast<std::int32_t>(node)), nodes_.y(static_cast<std::int32_t>(node)), first, count);
+    sortEnds(nodes_.x(static_cast<std::int32_t>(node)), nodes_.y(static_cast<std::int32_t>(node)), first, count,
+             [this](std::uint32_t half) { return courseOf(arcs_, half); });
     for (std::size_t i = 0; i < count; ++i) ends_[endStart_[node] + i] = first[i].half;
   }
   linkEnds();
-}
-
-void VEXTopology::sortEnds(double x, double y, End* list, std::size_t count) const {
-  auto comesFirst = [&](const End& a, const End& b) {
-    if (a.isLower != b.isLower) return b.isLower;
-    const int side = orientation(x, y, a.x, a.y, b.x, b.y);
-    if (side != 0) return side > 0;
-    const int order = compareCourses(courseOf(arcs_, a.half), courseOf(arcs_, b.half));
-    return order != 0 ? order < 0 : a.half < b.half;
-  };
-  constexpr std::size_t kFew = 16;
-  if (count > kFew) return std::sort(list, list + count, comesFirst);
-  for (std::size_t i = 1; i < count; ++i) {
-    const End moved = list[i];
-    std::size_t at = i;
-    for (; at > 0 && comesFirst(moved, list[at - 1]); --at) list[at] = list[at - 1];
-    list[at] = moved;
-  }
 }
 
 // Ends of arcs that have gone leave their places; the order of the others stays.

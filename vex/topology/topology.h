@@ -132,15 +132,7 @@ class VEXTopology {
                std::span<const std::int32_t> attributes, VEXLineOutcome& outcome);
   void addArc(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t userId,
               std::span<const std::int32_t> attributes, VEXLineOutcome& outcome);
-  // One end of an arc as it is put in order around its node.
-  struct End {
-    std::uint32_t half = 0;
-    bool isLower = false;  // seen from the node at more than 180 degrees
-    double x = 0.0;        // the first coordinate away from the node
-    double y = 0.0;
-  };
   void orderEnds();  // arc ends of every node in rotational order, and what follows what
-  void sortEnds(double x, double y, End* list, std::size_t count) const;
   void dropRemovedEnds();
   void linkEnds();
 
