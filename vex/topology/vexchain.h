@@ -83,7 +83,6 @@ class VEXChainStore {
 
   // ---- after the last round ----
   std::size_t numNodes() const { return numNodes_; }
-  const std::vector<std::uint32_t>& coordNodes() const { return coordNodes_; }
   // Lets go of what only rounds need, the nodes' places among it: the coordinates have them.
   void endRounds();
 
