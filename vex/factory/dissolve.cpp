@@ -13,18 +13,14 @@ namespace {
 constexpr std::uint32_t kNoRoom = 329003;
 constexpr std::uint32_t kNotFinite = 866011;
 
-bool isRing(const VEXCoverPiece& piece) {
-  return piece.xs.front() == piece.xs.back() && piece.ys.front() == piece.ys.back();
-}
-
 }  // namespace
 
-VEXDissolver::VEXDissolver(bool isNoded, bool keepsInteriorLines)
+VEXDissolver::VEXDissolver(bool isNoded, bool keepsInteriorLines, std::size_t blockCoords)
     : isNoded_(isNoded), keepsInteriorLines_(keepsInteriorLines) {
   if (isNoded)
     noded_ = std::make_unique<VEXNodedRings>();
   else
-    cover_ = std::make_unique<VEXFeatureCover>();
+    cover_ = std::make_unique<VEXBlockCover>(keepsInteriorLines, blockCoords);
 }
 
 // ---- taking in ----
@@ -39,7 +35,7 @@ bool VEXDissolver::isArea(const VEXFeature& feature) {
 VEXStatus VEXDissolver::add(const VEXFeature& feature, std::int32_t number) {
   const VEXLine line = VEXLine::viewOf(feature);
   VEX_TRY(line.leaves(ranges_));
-  const double largest = isNoded_ ? std::numeric_limits<double>::max() : VEXFeatureCover::kLargestCoord;
+  const double largest = isNoded_ ? std::numeric_limits<double>::max() : VEXBlockCover::kLargestCoord;
   for (const VEXLineRange& range : ranges_)
     for (std::size_t at = range.first; at < range.first + range.count; ++at)
       if (!(std::fabs(line.xs()[at]) <= largest) || !(std::fabs(line.ys()[at]) <= largest))
@@ -122,8 +118,10 @@ VEXStatus VEXDissolver::addRing(const VEXLine& area, const VEXLineRange& range, 
     std::reverse(ringY_.begin(), ringY_.end());
     std::reverse(ringZ_.begin(), ringZ_.end());
   }
-  if (!isNoded_) return extendStatus(cover_->addRing(ringX_, ringY_, ringZ_, number));
-  noded_->addRing(ringX_, ringY_, ringZ_, number);
+  if (isNoded_)
+    noded_->addRing(ringX_, ringY_, ringZ_, number);
+  else
+    cover_->addRing(ringX_, ringY_, ringZ_, number);
   return nullptr;
 }
 
@@ -160,20 +158,17 @@ VEXStatus VEXDissolver::dissolveRaw() {
   }
   VEXTopology outline(VEXTopology::kPlain);
   VEXTopology interior(VEXTopology::kPlain);
-  for (VEXCoverPiece piece; cover_->next(piece);) {
-    if (piece.coversLeft && piece.coversRight) {
-      if (keepsInteriorLines_)
-        VEX_TRY(interior.addLine(piece.xs, piece.ys, piece.zs));
-      else
-        numInteriorLines_ += isRing(piece) ? 2 : 1;  // a graph cuts rings in two
-    } else if (piece.coversLeft || piece.coversRight) {
-      const std::int32_t id = piece.coversRight ? piece.rightRegion + 1 : -piece.leftRegion - 1;
+  for (VEXKeptPiece piece; cover_->next(piece);) {
+    const std::int32_t id = piece.coversRight ? piece.region + 1 : -piece.region - 1;
+    if (piece.isInterior)
+      VEX_TRY(interior.addLine(piece.xs, piece.ys, piece.zs));
+    else
       VEX_TRY(outline.addLine(piece.xs, piece.ys, piece.zs, id, piece.chainIds));
-    }
   }
   for (std::int32_t id = 1; id <= interior.numArcs(); ++id) interiorLines_.push_back(interior.arc(id).line());
-  if (keepsInteriorLines_) numInteriorLines_ = interior.numArcs();
-  std::vector<std::pair<std::int32_t, std::int32_t>> roots = std::move(cover_->members());
+  numInteriorLines_ = keepsInteriorLines_ ? interior.numArcs() : cover_->numInterior();
+  std::vector<std::pair<std::int32_t, std::int32_t>> roots;
+  cover_->members(roots);
   cover_->endReading();
   return extendStatus(formOutline(outline, roots));
 }

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "vex/factory/featcovr.h"
+#include "vex/factory/blkcover.h"
 #include "vex/factory/nodedrng.h"
 #include "vex/inc/statinfo.h"
 #include "vex/inc/vexfeat.h"
@@ -18,7 +18,7 @@ class VEXDissolver {
  public:
   // Polygons that are noded share their boundaries vertex for vertex: then equal segments cancel each other out, which
   // takes time in proportion to their number. Others may overlap in any way, and are cut where they meet.
-  explicit VEXDissolver(bool isNoded, bool keepsInteriorLines);
+  VEXDissolver(bool isNoded, bool keepsInteriorLines, std::size_t blockCoords = VEXBlockCover::kBlockCoords);
   // True for areas, lists of areas and aggregates of nothing else.
   static bool isArea(const VEXFeature& feature);
   // Copies the coordinates. A failure refuses this feature only. 866011: a coordinate is no finite number.
@@ -54,8 +54,8 @@ class VEXDissolver {
   std::vector<VEXLineRange> ranges_, rings_;  // of the feature, and of the area at hand
   std::vector<bool> isHole_;
   std::vector<double> ringX_, ringY_, ringZ_;
-  std::unique_ptr<VEXNodedRings> noded_;    // the one
-  std::unique_ptr<VEXFeatureCover> cover_;  // or the other
+  std::unique_ptr<VEXNodedRings> noded_;  // the one
+  std::unique_ptr<VEXBlockCover> cover_;  // or the other
 
   std::vector<VEXLine> polygons_;
   std::vector<VEXLine> interiorLines_;

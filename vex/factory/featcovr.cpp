@@ -1,7 +1,10 @@
 #include "vex/factory/featcovr.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
+
+#include "vex/src/plangeom.h"
 
 namespace {
 
@@ -43,7 +46,6 @@ VEXStatus VEXFeatureCover::compute() {
   for (std::size_t piece = 0; piece < graph_->numPieces(); ++piece)
     if (graph_->leftCover(piece) != 0 && graph_->rightCover(piece) != 0) graph_->joinSides(piece);
   intersector_->rewind();
-  lastRegion_.assign(features_.size(), -1);
   return nullptr;
 }
 
@@ -83,8 +85,7 @@ VEXStatus VEXFeatureCover::settleDoubts() {
   for (std::uint32_t number = 0; number < graph_->numPieces(); ++number) {
     intersector_->showPiece(graph_->course(number), piece);
     for (std::int32_t id : piece.passes)
-      if (isDoubtful_[static_cast<std::size_t>(std::abs(id)) - 1])
-        passes.push_back({featureOf(id), number, id > 0 ? 1 : -1});
+      if (isDoubtful_[static_cast<std::size_t>(std::abs(id)) - 1]) passes.push_back({featureOf(id), number, id});
   }
   std::sort(passes.begin(), passes.end(), [](const Pass& a, const Pass& b) {
     return a.feature != b.feature ? a.feature < b.feature : a.piece < b.piece;
@@ -105,12 +106,15 @@ VEXStatus VEXFeatureCover::settleDoubts() {
 VEXStatus VEXFeatureCover::settle(std::span<const Pass> passes, VEXCoverGraph& alone) {
   alone.clear();
   std::vector<std::uint32_t> pieces;
+  std::vector<std::int32_t> chains;  // the first that passes each
   for (const Pass& pass : passes) {
     if (pieces.empty() || pieces.back() != pass.piece) {
       pieces.push_back(pass.piece);
+      chains.push_back(std::abs(pass.chainId));
       alone.add({graph_->course(pass.piece).first, graph_->course(pass.piece).last, 0});
     }
-    alone.addChange(pieces.size() - 1, pass.change);
+    chains.back() = std::min(chains.back(), std::abs(pass.chainId));
+    alone.addChange(pieces.size() - 1, pass.chainId > 0 ? 1 : -1);
   }
   if (!alone.build()) {
     std::vector<std::uint32_t> around;
@@ -118,15 +122,83 @@ VEXStatus VEXFeatureCover::settle(std::span<const Pass> passes, VEXCoverGraph& a
     return extendStatus(noteFaults(alone.faultPlace(), around));
   }
   bool isTurned = false;
-  for (std::size_t at = 0; at < pieces.size(); ++at)
-    isTurned = isTurned || alone.leftCover(at) < 0 || alone.rightCover(at) < 0;
   for (std::size_t at = 0; at < pieces.size(); ++at) {
-    const Sides sides{pieces[at], passes[0].feature, alone.leftCover(at) != 0, alone.rightCover(at) != 0};
-    sides_.push_back(sides);
-    const std::int32_t change = alone.rightCover(at) - alone.leftCover(at);
-    if (isTurned) graph_->addChange(pieces[at], (sides.right ? 1 : 0) - (sides.left ? 1 : 0) - change);
+    isTurned = isTurned || alone.leftCover(at) < 0 || alone.rightCover(at) < 0;
+    if (alone.leftCover(at) != 0 && alone.rightCover(at) != 0) alone.joinSides(at);
   }
+  const std::size_t firstSides = sides_.size();
+  for (std::size_t at = 0; at < pieces.size(); ++at) {
+    const bool left = alone.leftCover(at) != 0, right = alone.rightCover(at) != 0;
+    const std::int32_t change = alone.rightCover(at) - alone.leftCover(at);
+    if (isTurned) graph_->addChange(pieces[at], (right ? 1 : 0) - (left ? 1 : 0) - change);
+    sides_.push_back({pieces[at], passes[0].feature, left ? 0 : -1, right ? 0 : -1});
+  }
+  findParts(std::span(sides_).subspan(firstSides), chains, alone);
   return nullptr;
+}
+
+namespace {
+
+struct PartSide {
+  std::uint32_t region;
+  std::uint32_t at;  // of the sides
+  bool isRight;
+};
+
+struct PartRun {  // the sides of one part
+  std::size_t first, last;
+  std::int32_t chain = 0;  // its first ring, and where it lies, tell it from other parts
+  double place = 0.0;
+};
+
+double placeOf(const VEXBox& box) {
+  return 0.731 * box.minX + 0.619 * box.minY + 0.257 * box.maxX + 0.143 * box.maxY;
+}
+
+}  // namespace
+
+// The parts of one feature. Which there are does not depend on what else is noded; where they lie may, by a little.
+void VEXFeatureCover::findParts(std::span<Sides> sides, std::span<const std::int32_t> chains, VEXCoverGraph& alone) {
+  constexpr double kClear = 0x1p-22;  // of the size of coordinates, four steps of single precision
+  std::vector<PartSide> covered;
+  for (std::uint32_t at = 0; at < sides.size(); ++at) {
+    if (sides[at].left == 0) covered.push_back({alone.leftRegion(at), at, false});
+    if (sides[at].right == 0) covered.push_back({alone.rightRegion(at), at, true});
+  }
+  std::sort(covered.begin(), covered.end(), [](const PartSide& a, const PartSide& b) {
+    return a.region != b.region ? a.region < b.region : a.at < b.at;
+  });
+  std::vector<PartRun> runs;
+  bool isSure = true;
+  for (std::size_t i = 0; i < covered.size(); ++i) {
+    if (i == 0 || covered[i].region != covered[i - 1].region) runs.push_back({i, i});
+    runs.back().last = i + 1;
+  }
+  if (runs.size() > 1) {
+    double size = 0.0;
+    for (PartRun& run : runs) {
+      VEXBox box = alone.extentOf(covered[run.first].at);
+      run.chain = chains[covered[run.first].at];
+      for (std::size_t i = run.first; i < run.last; ++i) {
+        box.add(alone.extentOf(covered[i].at));
+        run.chain = std::min(run.chain, chains[covered[i].at]);
+      }
+      run.place = placeOf(box);
+      size = std::max({size, std::fabs(box.minX), std::fabs(box.minY), std::fabs(box.maxX), std::fabs(box.maxY)});
+    }
+    std::sort(runs.begin(), runs.end(), [](const PartRun& a, const PartRun& b) {
+      if (a.chain != b.chain) return a.chain < b.chain;
+      return a.place != b.place ? a.place < b.place : a.first < b.first;
+    });
+    for (std::size_t i = 1; i < runs.size(); ++i)
+      if (runs[i].chain == runs[i - 1].chain && !(runs[i].place - runs[i - 1].place > kClear * size)) isSure = false;
+  }
+  for (std::uint32_t ordinal = 0; ordinal < runs.size(); ++ordinal) {
+    const auto part = static_cast<std::int32_t>(parts_.size());
+    parts_.push_back({sides[0].feature, ordinal, static_cast<std::uint32_t>(runs.size()), isSure});
+    for (std::size_t i = runs[ordinal].first; i < runs[ordinal].last; ++i)
+      (covered[i].isRight ? sides[covered[i].at].right : sides[covered[i].at].left) = part;
+  }
 }
 
 // The faces tell best where lines cross. Where all of them are sound still, the node of the contradiction has to do.
@@ -166,57 +238,33 @@ bool VEXFeatureCover::next(VEXCoverPiece& piece) {
   const std::size_t at = nextPiece_++;
   VEXChainPiece cut;
   intersector_->showPiece(graph_->course(at), cut);
-  if (at == 0) hasZ_ = !cut.zs.empty();
   piece.xs = cut.xs;
   piece.ys = cut.ys;
-  piece.zs = hasZ_ ? cut.zs : VEXOrdinates();
-  if (hasZ_ && cut.zs.empty()) {
-    noZs_.assign(cut.xs.size(), 0.0);
-    piece.zs = noZs_;
-  }
+  piece.zs = cut.zs;
   piece.chainIds = cut.chainIds;
+  piece.passes = cut.passes;
   piece.coversLeft = graph_->leftCover(at) != 0;
   piece.coversRight = graph_->rightCover(at) != 0;
-  if (piece.coversLeft) piece.leftRegion = static_cast<std::int32_t>(graph_->leftRegion(at));
-  if (piece.coversRight) piece.rightRegion = static_cast<std::int32_t>(graph_->rightRegion(at));
-  addMembers(piece);
+  if (piece.coversLeft) piece.leftRegion = graph_->leftRegion(at);
+  if (piece.coversRight) piece.rightRegion = graph_->rightRegion(at);
+  findShares(static_cast<std::uint32_t>(at), piece);
+  piece.shares = shares_;
   return true;
 }
 
-void VEXFeatureCover::addMembers(const VEXCoverPiece& piece) {
-  const std::uint32_t number = nextPiece_ - 1;
+void VEXFeatureCover::findShares(std::uint32_t number, const VEXCoverPiece& piece) {
+  shares_.clear();
   if (!piece.coversLeft && !piece.coversRight) return;
   for (std::int32_t id : piece.chainIds) {
-    const std::size_t chain = static_cast<std::size_t>(std::abs(id)) - 1;
+    const auto chain = static_cast<std::uint32_t>(std::abs(id)) - 1;
     if (!isDoubtful_.empty() && isDoubtful_[chain]) continue;
-    if (id > 0 && piece.coversRight) addMember(piece.rightRegion, chain);
-    if (id < 0 && piece.coversLeft) addMember(piece.leftRegion, chain);
+    if (id > 0 ? piece.coversRight : piece.coversLeft) shares_.push_back({chain, id > 0});
   }
   for (; nextSides_ < sides_.size() && sides_[nextSides_].piece <= number; ++nextSides_) {
     const Sides& sides = sides_[nextSides_];
     if (sides.piece != number) continue;
-    if (sides.left) members_.emplace_back(piece.leftRegion, sides.feature);
-    if (sides.right) members_.emplace_back(piece.rightRegion, sides.feature);
+    const auto firstPart = static_cast<std::uint32_t>(features_.size());
+    if (sides.left >= 0) shares_.push_back({firstPart + static_cast<std::uint32_t>(sides.left), false});
+    if (sides.right >= 0) shares_.push_back({firstPart + static_cast<std::uint32_t>(sides.right), true});
   }
-}
-
-// Pieces of one ring follow each other: nearly always in the same region.
-void VEXFeatureCover::addMember(std::int32_t region, std::size_t chain) {
-  if (lastRegion_[chain] == region) return;
-  lastRegion_[chain] = region;
-  members_.emplace_back(region, features_[chain]);
-}
-
-std::vector<std::pair<std::int32_t, std::int32_t>>& VEXFeatureCover::members() {
-  std::sort(members_.begin(), members_.end());
-  members_.erase(std::unique(members_.begin(), members_.end()), members_.end());
-  return members_;
-}
-
-void VEXFeatureCover::endReading() {
-  graph_.reset();
-  intersector_.reset();
-  lastRegion_ = {};
-  sides_ = {};
-  members_ = {};
 }

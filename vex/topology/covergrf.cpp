@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "vex/src/letgo.h"
 #include "vex/topology/course.h"
 #include "vex/topology/facefind.h"
 
@@ -47,6 +48,18 @@ bool VEXCoverGraph::isPoint(const VEXPieceCourse& course) const {
   const double x = chains_.xs()[course.first], y = chains_.ys()[course.first];
   forEachCoord(course, [&](std::uint32_t at) { isOne = isOne && chains_.xs()[at] == x && chains_.ys()[at] == y; });
   return isOne;
+}
+
+VEXBox VEXCoverGraph::extentOf(std::size_t piece) const {
+  const std::uint32_t first = pieces_[piece].first;
+  VEXBox box{chains_.xs()[first], chains_.ys()[first], kNoZ, chains_.xs()[first], chains_.ys()[first], kNoZ};
+  forEachCoord(pieces_[piece], [&](std::uint32_t at) {
+    box.minX = std::min(box.minX, chains_.xs()[at]);
+    box.minY = std::min(box.minY, chains_.ys()[at]);
+    box.maxX = std::max(box.maxX, chains_.xs()[at]);
+    box.maxY = std::max(box.maxY, chains_.ys()[at]);
+  });
+  return box;
 }
 
 std::uint32_t VEXCoverGraph::makeNode(std::uint32_t coord) {
@@ -291,10 +304,5 @@ bool VEXCoverGraph::build() {
 }
 
 void VEXCoverGraph::endBuilding() {
-  nodeOf_ = {};
-  graphNodes_ = {};
-  endStart_ = {};
-  ends_ = {};
-  spread_ = {};
-  isPassed_ = {};
+  letGo(nodeOf_, graphNodes_, endStart_, ends_, spread_, isPassed_);
 }

@@ -8,6 +8,7 @@
 #include <limits>
 #include <vector>
 
+#include "vex/src/plangeom.h"
 #include "vex/topology/course.h"
 #include "vex/topology/piececut.h"
 #include "vex/topology/vexchain.h"
@@ -36,6 +37,7 @@ class VEXCoverGraph {
   void joinSides(std::size_t piece) {
     join(static_cast<std::uint32_t>(2 * piece), static_cast<std::uint32_t>(2 * piece + 1));
   }
+  VEXBox extentOf(std::size_t piece) const;
   // Lets go of what only building needs: nothing can be added any more.
   void endBuilding();
 

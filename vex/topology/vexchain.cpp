@@ -55,6 +55,19 @@ std::size_t VEXChainStore::chainOf(std::uint32_t coord) const {
 
 // ---- nodes ----
 
+namespace {
+
+// A place is where the leftmost of its crossings lies, or else the leftmost of its coordinates: whatever else is noded
+// at the same time, and in which order meetings are found, does not matter.
+void moveTo(VEXChainNode& node, double x, double y, bool isCrossing) {
+  if (isCrossing != (node.isCrossing != 0) ? !isCrossing : node.x < x || (node.x == x && node.y <= y)) return;
+  node.x = x;
+  node.y = y;
+  node.isCrossing = isCrossing ? 1 : 0;
+}
+
+}  // namespace
+
 std::uint32_t VEXChainStore::rootOf(std::uint32_t node) {
   std::uint32_t root = node;
   while (nodes_[root].sameAs != root) root = nodes_[root].sameAs;
@@ -66,22 +79,16 @@ std::uint32_t VEXChainStore::rootOf(std::uint32_t node) {
   return root;
 }
 
-// The lower number leads, so that the outcome is that of the order of input. A coordinate moves to a crossing.
 void VEXChainStore::unite(std::uint32_t one, std::uint32_t other) {
   one = rootOf(one);
   other = rootOf(other);
   if (one == other) return;
   ++numChanges_;
   if (other < one) std::swap(one, other);
-  VEXChainNode& root = nodes_[one];
-  VEXChainNode& joined = nodes_[other];
-  joined.sameAs = one;
-  if (joined.isCrossing != 0 && root.isCrossing == 0) {
-    root.x = joined.x;
-    root.y = joined.y;
-    root.isCrossing = 1;
-  }
-  root.tolerance = std::max(root.tolerance, joined.tolerance);
+  const VEXChainNode& joined = nodes_[other];
+  nodes_[other].sameAs = one;
+  moveTo(nodes_[one], joined.x, joined.y, joined.isCrossing != 0);
+  nodes_[one].tolerance = std::max(nodes_[one].tolerance, joined.tolerance);
 }
 
 std::uint32_t VEXChainStore::makeNodeAt(std::uint32_t coord) {
@@ -110,9 +117,12 @@ void VEXChainStore::addCrossing(std::uint32_t one, std::uint32_t other, double x
   if (threadings_.size() >= settleAbove_) compact();
   // Where many lines pass one point, most pairs bring nothing new.
   const bool isOnOne = isLastThreaded(one, x, y, tolerance), isOnOther = isLastThreaded(other, x, y, tolerance);
-  if (isOnOne && isOnOther) return unite(lastThreaded_[one], lastThreaded_[other]);
-  if (isOnOne) return thread(lastThreaded_[one], x, y, other, tolerance, single);
-  if (isOnOther) return thread(lastThreaded_[other], x, y, one, tolerance, single);
+  if (isOnOne || isOnOther) {
+    const std::uint32_t node = lastThreaded_[isOnOne ? one : other];
+    moveTo(nodes_[rootOf(node)], x, y, true);
+    if (isOnOne && isOnOther) return unite(node, lastThreaded_[other]);
+    return thread(node, x, y, isOnOne ? other : one, tolerance, single);
+  }
   const auto made = static_cast<std::uint32_t>(nodes_.size());
   VEXChainNode node{};
   node.x = x;
