@@ -118,8 +118,10 @@ TEST(FaceFinder, LeavesOutGroupsThatHoldNothing) {
   for (int round = 0; round < 200; ++round) {
     std::vector<Square> squares;
     if (round % 3 == 0) squares.push_back({-1e9, 1e9, 10.0});  // all others are in one place against this
-    const double extent = 50.0 + pick(random, 200);
-    for (int tries = 0; tries < 400; ++tries) {
+    const bool isLarge = round % 20 == 1;
+    const double extent = isLarge ? 800.0 : 50.0 + pick(random, 200);
+    if (isLarge) squares.push_back({-10.0, -10.0, 1100.0});  // around them all
+    for (int tries = isLarge ? 3000 : 400; tries > 0; --tries) {
       const double width = pick(random, 8) == 0 ? pick(random, 200) + 1 : pick(random, 12) + 1;
       const Square square{std::floor(extent * (random() % 1000) / 1000), std::floor(extent * (random() % 1000) / 1000),
                           width};
