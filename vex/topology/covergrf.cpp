@@ -260,6 +260,8 @@ bool VEXCoverGraph::placeOthers() {
   for (std::uint32_t at : order)
     points.push_back({xs[components[at].lowest.coord], ys[components[at].lowest.coord], at});
   VEXFaceFinder finder(std::move(points));
+  for (std::uint32_t piece = 0; piece < pieces_.size(); ++piece)
+    forEachCoord(pieces_[piece], [&](std::uint32_t at) { finder.extend(componentOf[piece], xs[at], ys[at]); });
   for (std::uint32_t piece = 0; piece < pieces_.size(); ++piece) {
     if (nodeOf_[2 * piece] == kNone) continue;
     std::uint32_t before = kNone;

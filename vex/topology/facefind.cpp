@@ -1,32 +1,66 @@
 #include "vex/topology/facefind.h"
 
 #include <algorithm>
-#include <bit>
+#include <numeric>
+#include <utility>
 
 #include "vex/topology/orient.h"
 
-VEXFaceFinder::VEXFaceFinder(std::vector<Point> points) : points_(std::move(points)) {
+VEXFaceFinder::VEXFaceFinder(std::vector<Point> points) : points_(std::move(points)), order_(points_.size()) {
+  std::iota(order_.begin(), order_.end(), 0U);
+  std::sort(order_.begin(), order_.end(), [this](std::uint32_t i, std::uint32_t j) {
+    return points_[i].x != points_[j].x ? points_[i].x < points_[j].x : i < j;
+  });
   xs_.reserve(points_.size());
-  for (const Point& point : points_) xs_.push_back(point.x);
-  std::sort(xs_.begin(), xs_.end());
-  xs_.erase(std::unique(xs_.begin(), xs_.end()), xs_.end());
-  numLeaves_ = std::bit_ceil(xs_.size());
-  for (const Point& point : points_) highest_ = std::max(highest_, point.y);
+  for (std::uint32_t at : order_) {
+    if (xs_.empty() || xs_.back() != points_[at].x) xs_.push_back(points_[at].x);
+    highest_ = std::max(highest_, points_[at].y);
+  }
+  starting_.assign(xs_.size(), kNone);
+  if (xs_.empty()) return;
+  axis_ = VEXGridAxis(xs_.front(), xs_.back(), xs_.size());
+  firsts_.assign(xs_.size() + 1, 0);
+  for (double x : xs_) ++firsts_[axis_.at(x) + 1];
+  std::partial_sum(firsts_.begin(), firsts_.end(), firsts_.begin());
+}
+
+std::size_t VEXFaceFinder::firstFrom(double x) const {
+  const std::size_t stretch = axis_.at(x);
+  return static_cast<std::size_t>(
+      std::lower_bound(xs_.begin() + firsts_[stretch], xs_.begin() + firsts_[stretch + 1], x) - xs_.begin());
+}
+
+void VEXFaceFinder::leaveOutGroups() {
+  const VEXPointGrid grid(points_);
+  isLeftOut_.reserve(boxes_.size());
+  for (std::uint32_t group = 0; group < boxes_.size(); ++group) {
+    const Box& box = boxes_[group];
+    const bool isShown = box.minX <= box.maxX;
+    isLeftOut_.push_back(isShown && !grid.mayHold(box.minX, box.minY, box.maxX, box.maxY, group));
+  }
+  boxes_ = {};
 }
 
 void VEXFaceFinder::addEdge(double x1, double y1, double x2, double y2, std::uint32_t group, std::uint32_t leftSide,
                             std::uint32_t rightSide) {
-  if (x1 == x2 || std::min(y1, y2) > highest_) return;
+  if (!boxes_.empty()) leaveOutGroups();
+  if (x1 == x2 || !(std::min(y1, y2) <= highest_)) return;
+  if (group < isLeftOut_.size() && isLeftOut_[group]) return;
   // An edge holds its left end and not its right one, so that of two that follow each other one spans the vertex.
-  const std::size_t low = firstFrom(std::min(x1, x2));
-  if (low == xs_.size() || !(xs_[low] < std::max(x1, x2))) return;
-  const std::size_t high = firstFrom(std::max(x1, x2));
-  edges_.push_back(x1 < x2 ? Edge{x1, y1, x2, y2, group, leftSide} : Edge{x2, y2, x1, y1, group, rightSide});
-  spans_.push_back({static_cast<std::uint32_t>(low), static_cast<std::uint32_t>(high)});
-}
-
-std::size_t VEXFaceFinder::firstFrom(double x) const {
-  return static_cast<std::size_t>(std::lower_bound(xs_.begin(), xs_.end(), x) - xs_.begin());
+  const std::size_t start = firstFrom(std::min(x1, x2));
+  const std::size_t end = firstFrom(std::max(x1, x2));
+  if (start >= end) return;
+  Edge& edge = edges_.emplace_back();
+  const bool runsRight = x1 < x2;
+  edge.x1 = runsRight ? x1 : x2;
+  edge.y1 = runsRight ? y1 : y2;
+  edge.x2 = runsRight ? x2 : x1;
+  edge.y2 = runsRight ? y2 : y1;
+  edge.group = group;
+  edge.upperSide = runsRight ? leftSide : rightSide;
+  edge.end = static_cast<std::uint32_t>(end);
+  edge.next = starting_[start];
+  starting_[start] = static_cast<std::uint32_t>(edges_.size() - 1);
 }
 
 // Two edges that span a common x and do not cross.
@@ -39,79 +73,92 @@ bool VEXFaceFinder::isBelow(const Edge& a, const Edge& b) {
   return above > 0;
 }
 
-// Merges bottom-up: where edges cross after all, the order is of no use, but nothing else happens.
-void VEXFaceFinder::sortStretch(std::uint32_t* first, std::size_t count) {
-  merged_.resize(count);
-  std::uint32_t* from = first;
-  std::uint32_t* to = merged_.data();
-  for (std::size_t run = 1; run < count; run *= 2) {
-    for (std::size_t start = 0; start < count; start += 2 * run) {
-      const std::size_t middle = std::min(start + run, count);
-      const std::size_t end = std::min(start + 2 * run, count);
-      std::size_t i = start;
-      std::size_t j = middle;
-      for (std::size_t at = start; at < end; ++at) {
-        const bool takesSecond = i == middle || (j < end && isBelow(edges_[from[j]], edges_[from[i]]));
-        to[at] = takesSecond ? from[j++] : from[i++];
-      }
-    }
-    std::swap(from, to);
-  }
-  if (from != first) std::copy(from, from + count, first);
+// ---- the tree ----
+// It is descended by comparing, but changed by its links alone: when edges cross, the order is of no use, but nothing
+// else happens.
+
+void VEXFaceFinder::setChild(std::uint32_t parent, std::uint32_t before, std::uint32_t after) {
+  if (parent == kNone)
+    root_ = after;
+  else
+    edges_[parent].children[edges_[parent].children[kHigher] == before ? kHigher : kLower] = after;
+  if (after != kNone) edges_[after].parent = parent;
 }
 
-const VEXFaceFinder::Edge* VEXFaceFinder::below(const std::uint32_t* first, std::size_t count,
-                                                const Point& point) const {
-  auto side = [&](std::size_t at) {
-    const Edge& edge = edges_[first[at]];
-    return orientation(edge.x1, edge.y1, edge.x2, edge.y2, point.x, point.y);
-  };
-  std::size_t low = 0;
-  std::size_t high = count;
-  while (low < high) {
-    const std::size_t middle = low + (high - low) / 2;
-    if (side(middle) > 0)
-      low = middle + 1;
-    else
-      high = middle;
+// Puts an edge in its parent's place; the parent becomes its child.
+void VEXFaceFinder::lift(std::uint32_t edge) {
+  const std::uint32_t parent = edges_[edge].parent;
+  const Side other = edges_[parent].children[kHigher] == edge ? kLower : kHigher;
+  setChild(edges_[parent].parent, parent, edge);
+  setChild(parent, edge, edges_[edge].children[other]);
+  edges_[edge].children[other] = parent;
+  edges_[parent].parent = edge;
+}
+
+void VEXFaceFinder::insert(std::uint32_t added) {
+  Edge& edge = edges_[added];
+  random_ = random_ * 1664525U + 1013904223U;
+  edge.weight = random_;
+  edge.parent = edge.children[kLower] = edge.children[kHigher] = kNone;
+  Side side = kLower;
+  for (std::uint32_t at = root_; at != kNone; at = edges_[at].children[side]) {
+    edge.parent = at;
+    side = isBelow(edges_[at], edge) ? kHigher : kLower;
   }
-  const Edge* found = low > 0 ? &edges_[first[low - 1]] : nullptr;
-  if (found != nullptr && found->group == point.group) found = nullptr;  // cannot be, unless edges cross
-  for (; low < count && side(low) == 0; ++low)
-    if (edges_[first[low]].group != point.group) found = &edges_[first[low]];
+  if (edge.parent == kNone)
+    root_ = added;
+  else
+    edges_[edge.parent].children[side] = added;
+  while (edge.parent != kNone && edges_[edge.parent].weight < edge.weight) lift(added);
+}
+
+void VEXFaceFinder::remove(std::uint32_t removed) {
+  const Edge& edge = edges_[removed];
+  const std::uint32_t &lower = edge.children[kLower], &higher = edge.children[kHigher];
+  while (lower != kNone && higher != kNone) lift(edges_[lower].weight > edges_[higher].weight ? lower : higher);
+  setChild(edge.parent, removed, lower != kNone ? lower : higher);
+}
+
+std::uint32_t VEXFaceFinder::nextLower(std::uint32_t edge) const {
+  std::uint32_t at = edges_[edge].children[kLower];
+  if (at != kNone) {
+    while (edges_[at].children[kHigher] != kNone) at = edges_[at].children[kHigher];
+    return at;
+  }
+  for (at = edges_[edge].parent; at != kNone && edges_[at].children[kLower] == edge; at = edges_[at].parent) edge = at;
+  return at;
+}
+
+// ---- the sweep ----
+
+std::uint32_t VEXFaceFinder::below(const Point& point) const {
+  std::uint32_t found = kNone;
+  for (std::uint32_t at = root_; at != kNone;) {
+    const Edge& edge = edges_[at];
+    const bool isAbove = orientation(edge.x1, edge.y1, edge.x2, edge.y2, point.x, point.y) < 0;
+    if (!isAbove) found = at;
+    at = edge.children[isAbove ? kLower : kHigher];
+  }
+  while (found != kNone && edges_[found].group == point.group) found = nextLower(found);
   return found;
 }
 
 std::vector<std::uint32_t> VEXFaceFinder::find() {
-  // Counts, then places: the edges of stretch i lie between starts[i] and starts[i + 1].
-  std::vector<std::size_t> starts(2 * numLeaves_ + 1, 0);
-  auto forEachStretch = [&](const Span& span, auto&& visit) {
-    std::size_t low = span.low + numLeaves_;
-    std::size_t high = span.high + numLeaves_;
-    for (; low < high; low /= 2, high /= 2) {
-      if (low % 2 != 0) visit(low++);
-      if (high % 2 != 0) visit(--high);
+  std::vector<std::uint32_t> found(points_.size(), kNothing);
+  ending_.assign(xs_.size() + 1, kNone);
+  std::size_t i = 0;
+  for (std::size_t place = 0; place < xs_.size(); ++place) {
+    for (std::uint32_t at = ending_[place]; at != kNone; at = edges_[at].next) remove(at);
+    for (std::uint32_t at = starting_[place], next = kNone; at != kNone; at = next) {
+      insert(at);
+      std::uint32_t& first = ending_[edges_[at].end];
+      next = std::exchange(edges_[at].next, first);
+      first = at;
     }
-  };
-  for (const Span& span : spans_) forEachStretch(span, [&](std::size_t stretch) { ++starts[stretch + 1]; });
-  for (std::size_t i = 1; i < starts.size(); ++i) starts[i] += starts[i - 1];
-  std::vector<std::uint32_t> lists(starts.back());
-  std::vector<std::size_t> filled(starts.begin(), starts.end() - 1);
-  for (std::size_t i = 0; i < spans_.size(); ++i)
-    forEachStretch(spans_[i], [&](std::size_t stretch) { lists[filled[stretch]++] = static_cast<std::uint32_t>(i); });
-  for (std::size_t i = 0; i + 1 < starts.size(); ++i) {
-    if (starts[i + 1] - starts[i] > 1) sortStretch(lists.data() + starts[i], starts[i + 1] - starts[i]);
-  }
-
-  std::vector<std::uint32_t> found;
-  found.reserve(points_.size());
-  for (const Point& point : points_) {
-    const Edge* best = nullptr;
-    for (std::size_t stretch = firstFrom(point.x) + numLeaves_; stretch > 0; stretch /= 2) {
-      const Edge* edge = below(lists.data() + starts[stretch], starts[stretch + 1] - starts[stretch], point);
-      if (edge != nullptr && (best == nullptr || isBelow(*best, *edge))) best = edge;
+    for (; i < order_.size() && points_[order_[i]].x == xs_[place]; ++i) {
+      const std::uint32_t edge = below(points_[order_[i]]);
+      if (edge != kNone) found[order_[i]] = edges_[edge].upperSide;
     }
-    found.push_back(best == nullptr ? kNothing : best->upperSide);
   }
   return found;
 }

@@ -264,14 +264,21 @@ void VEXFaceWalk::placeComponents() {
   }
   if (points.size() < 2) return;
   VEXFaceFinder finder(std::move(points));
-  for (std::size_t half = 0; half < face_.size(); half += 2) {
-    if (face_[half] == face_[half + 1]) continue;  // not in the graph, or with the same face on both sides
-    const VEXTopologyArcIndex::Record& arc = arcOf(static_cast<std::uint32_t>(half));
-    const double* x = arcs_.xs(arc);
-    const double* y = arcs_.ys(arc);
-    for (std::uint32_t i = 0; i + 1 < arc.count; ++i)
-      finder.addEdge(x[i], y[i], x[i + 1], y[i + 1], componentOf_[face_[half]], face_[half + 1], face_[half]);
-  }
+  auto forEachBoundary = [&](auto&& show) {
+    for (std::size_t half = 0; half < face_.size(); half += 2) {
+      if (face_[half] == face_[half + 1]) continue;  // not in the graph, or with the same face on both sides
+      const VEXTopologyArcIndex::Record& arc = arcOf(static_cast<std::uint32_t>(half));
+      show(half, componentOf_[face_[half]], arcs_.xs(arc), arcs_.ys(arc), arc.count);
+    }
+  };
+  forEachBoundary([&](std::size_t, std::uint32_t component, const double* x, const double* y, std::uint32_t count) {
+    for (std::uint32_t i = 0; i < count; ++i) finder.extend(component, x[i], y[i]);
+  });
+  forEachBoundary(
+      [&](std::size_t half, std::uint32_t component, const double* x, const double* y, std::uint32_t count) {
+        for (std::uint32_t i = 0; i + 1 < count; ++i)
+          finder.addEdge(x[i], y[i], x[i + 1], y[i + 1], component, face_[half + 1], face_[half]);
+      });
   const std::vector<std::uint32_t> found = finder.find();
   for (std::size_t i = 0; i < asked.size(); ++i) {
     if (found[i] == VEXFaceFinder::kNothing) continue;
