@@ -71,7 +71,12 @@ void VEXBlockCover::partBlocks() {
       blocks_.add(box, count);
     }
   }
-  blocks_.part(blockCoords_);
+  blocks_.part(blockCoords_, [this](std::uint32_t feature, const std::function<void(const VEXSegment&)>& show) {
+    for (std::uint32_t ring = features_[feature].firstRing; ring < endOfFeature(feature); ++ring) {
+      const VEXOrdinates xs = xsOf(rings_[ring]), ys = ysOf(rings_[ring]);
+      for (std::size_t at = 1; at < xs.size(); ++at) show({xs[at - 1], ys[at - 1], xs[at], ys[at]});
+    }
+  });
 }
 
 void VEXBlockCover::beginTaking() {

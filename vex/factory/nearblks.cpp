@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
 
 namespace {
 
 constexpr double kLargest = 1e30;  // products of float values stay finite
+constexpr float kFar = std::numeric_limits<float>::max();
 
 // What is near a block may shift places at its rim by single precision, which is part of the coordinates' size. And
-// what is near may itself be shifted: so neighbours' neighbours are near, too, by the mean width of boxes.
+// what is near may itself be shifted: so neighbours' neighbours are gathered, too, by the mean width of boxes.
 constexpr float kReachOfSize = 0x1p-19F;
 constexpr float kReachOfWidths = 1.25F;
 
@@ -22,6 +22,17 @@ float up(double value) {
   return std::nextafter(static_cast<float>(value), std::numeric_limits<float>::infinity());
 }
 
+struct Mean {
+  double widths = 0.0, heights = 0.0, count = 0.0;
+  void add(float width, float height) {
+    widths += static_cast<double>(width);
+    heights += static_cast<double>(height);
+    count += 1.0;
+  }
+  float width() const { return count > 0.0 ? static_cast<float>(widths / count) : 0.0F; }
+  float height() const { return count > 0.0 ? static_cast<float>(heights / count) : 0.0F; }
+};
+
 }  // namespace
 
 void VEXNearBlocks::Box::add(const Box& other) {
@@ -31,11 +42,92 @@ void VEXNearBlocks::Box::add(const Box& other) {
   maxY = std::max(maxY, other.maxY);
 }
 
+VEXNearBlocks::Box VEXNearBlocks::boxOf(const VEXBox& box) {
+  return {down(box.minX), down(box.minY), up(box.maxX), up(box.maxY)};
+}
+
 void VEXNearBlocks::add(const VEXBox& box, std::size_t weight) {
-  boxes_.push_back({down(box.minX), down(box.minY), up(box.maxX), up(box.maxY)});
+  boxes_.push_back(boxOf(box));
   weights_.push_back(static_cast<std::uint32_t>(weight));
   weight_ += weight;
   for (double value : {box.minX, box.minY, box.maxX, box.maxY}) largest_ = std::max(largest_, std::fabs(value));
+}
+
+VEXNearBlocks::Box VEXNearBlocks::extentOfAll() const {
+  Box extent{kFar, kFar, -kFar, -kFar};
+  for (const Box& box : boxes_) extent.add(box);
+  return extent;
+}
+
+// ---- the net ----
+
+void VEXNearBlocks::Net::span(const Box& extent) {
+  extent_ = extent;
+  isMarked_.assign(std::size_t{kSide} * kSide, false);
+}
+
+VEXNearBlocks::Net::Squares VEXNearBlocks::Net::squaresOf(const Box& box) const {
+  auto indexOf = [](float value, float origin, float width) {
+    const float place = width > 0.0F ? (value - origin) / width * static_cast<float>(kSide) : 0.0F;
+    return static_cast<std::uint32_t>(std::clamp(place, 0.0F, static_cast<float>(kSide - 1)));
+  };
+  return {indexOf(box.minX, extent_.minX, extent_.width()), indexOf(box.minY, extent_.minY, extent_.height()),
+          indexOf(box.maxX, extent_.minX, extent_.width()), indexOf(box.maxY, extent_.minY, extent_.height())};
+}
+
+// Stretch by stretch, each about as long as a square is wide.
+void VEXNearBlocks::Net::mark(const VEXSegment& segment, float byX, float byY) {
+  const double dx = segment.x2 - segment.x1, dy = segment.y2 - segment.y1;
+  const double squaresX = extent_.width() > 0.0F ? std::fabs(dx) / static_cast<double>(extent_.width()) : 0.0;
+  const double squaresY = extent_.height() > 0.0F ? std::fabs(dy) / static_cast<double>(extent_.height()) : 0.0;
+  const double count = std::floor(std::min(std::max(squaresX, squaresY), 1.0) * kSide) + 1.0;
+  for (double at = 0.0; at < count; at += 1.0) {
+    const double x1 = segment.x1 + dx * (at / count), x2 = segment.x1 + dx * ((at + 1.0) / count);
+    const double y1 = segment.y1 + dy * (at / count), y2 = segment.y1 + dy * ((at + 1.0) / count);
+    const VEXBox box{std::min(x1, x2), std::min(y1, y2), kNoZ, std::max(x1, x2), std::max(y1, y2), kNoZ};
+    const Squares squares = squaresOf(boxOf(box).grown(byX, byY));
+    for (std::size_t row = squares.row1; row <= squares.row2; ++row)
+      for (std::size_t col = squares.col1; col <= squares.col2; ++col) isMarked_[row * kSide + col] = true;
+  }
+}
+
+bool VEXNearBlocks::Net::meets(const Box& box) const {
+  const Squares squares = squaresOf(box);
+  for (std::size_t row = squares.row1; row <= squares.row2; ++row)
+    for (std::size_t col = squares.col1; col <= squares.col2; ++col)
+      if (isMarked_[row * kSide + col]) return true;
+  return false;
+}
+
+// ---- parting ----
+
+// Those that are larger than a block would be if all were of one size. Should they be many, the others do not matter.
+void VEXNearBlocks::setLargeApart(const ShowSegments& showSegments) {
+  const Box all = extentOfAll();
+  const float perSide = std::exp2(0.5F * static_cast<float>(depth_));
+  Mean small;
+  std::size_t numLarge = 0;
+  for (std::uint32_t number = 0; number < boxes_.size(); ++number) {
+    const Box& box = boxes_[number];
+    const bool isLarge = box.width() * perSide > all.width() || box.height() * perSide > all.height();
+    leafOf_[number] = isLarge ? kLargeLeaf : 0;
+    if (isLarge)
+      ++numLarge;
+    else
+      small.add(box.width(), box.height());
+  }
+  hasLarge_ = numLarge > 0;
+  if (!hasLarge_) return;
+  nearLarge_.span(all);
+  aroundLarge_.span(all);
+  const float bySize = static_cast<float>(largest_) * kReachOfSize;
+  for (std::uint32_t number = 0; number < boxes_.size(); ++number) {
+    if (leafOf_[number] != kLargeLeaf) continue;
+    showSegments(number, [&](const VEXSegment& segment) {
+      nearLarge_.mark(segment, bySize, bySize);
+      aroundLarge_.mark(segment, bySize + kReachOfWidths * small.width(), bySize + kReachOfWidths * small.height());
+    });
+  }
 }
 
 // Halves by the number of boxes, across the wider side of their centres' extent.
@@ -46,7 +138,7 @@ void VEXNearBlocks::split(std::uint32_t* first, std::uint32_t* last, std::uint32
   }
   auto centreX = [this](std::uint32_t number) { return boxes_[number].minX + boxes_[number].maxX; };
   auto centreY = [this](std::uint32_t number) { return boxes_[number].minY + boxes_[number].maxY; };
-  float lowX = std::numeric_limits<float>::max(), highX = -lowX, lowY = lowX, highY = -lowX;
+  float lowX = kFar, highX = -kFar, lowY = kFar, highY = -kFar;
   for (const std::uint32_t* at = first; at < last; ++at) {
     lowX = std::min(lowX, centreX(*at));
     highX = std::max(highX, centreX(*at));
@@ -64,28 +156,20 @@ void VEXNearBlocks::split(std::uint32_t* first, std::uint32_t* last, std::uint32
   split(middle, last, depth - 1, 2 * leaf + 1);
 }
 
-void VEXNearBlocks::findReaches() {
-  constexpr float kFar = std::numeric_limits<float>::max();
-  extents_.assign(numBlocks(), {kFar, kFar, -kFar, -kFar});
+void VEXNearBlocks::findExtents() {
+  extents_.assign(numHalves(), {kFar, kFar, -kFar, -kFar});
   reaches_.clear();
-  struct Sum {
-    double widths = 0.0, heights = 0.0, count = 0.0;
-  };
-  std::vector<Sum> sums(numBlocks());
+  std::vector<Mean> means(numHalves());
   for (std::uint32_t number = 0; number < boxes_.size(); ++number) {
-    const Box& box = boxes_[number];
-    Sum& sum = sums[blockOf(number)];
-    sum.widths += static_cast<double>(box.maxX - box.minX);
-    sum.heights += static_cast<double>(box.maxY - box.minY);
-    sum.count += 1.0;
-    extents_[blockOf(number)].add(box);
+    if (leafOf_[number] == kLargeLeaf) continue;
+    extents_[blockOf(number)].add(boxes_[number]);
+    means[blockOf(number)].add(boxes_[number].width(), boxes_[number].height());
   }
-  for (std::size_t block = 0; block < numBlocks(); ++block) {
-    const float bySize = static_cast<float>(largest_) * kReachOfSize;
+  const float bySize = static_cast<float>(largest_) * kReachOfSize;
+  for (std::size_t block = 0; block < numHalves(); ++block) {
     extents_[block] = extents_[block].grown(bySize, bySize);
-    const float byX = kReachOfWidths * static_cast<float>(sums[block].widths / sums[block].count);
-    const float byY = kReachOfWidths * static_cast<float>(sums[block].heights / sums[block].count);
-    reaches_.push_back(extents_[block].grown(byX, byY));
+    const Mean& mean = means[block];
+    reaches_.push_back(extents_[block].grown(kReachOfWidths * mean.width(), kReachOfWidths * mean.height()));
   }
 }
 
@@ -93,23 +177,40 @@ bool VEXNearBlocks::sharesLittle() const {
   std::size_t near = 0;
   for (std::size_t block = 0; block < numBlocks(); ++block)
     for (std::uint32_t number = 0; number < boxes_.size(); ++number)
-      if (reaches_[block].meets(boxes_[number])) near += weights_[number];
+      if (isGathered(number, block)) near += weights_[number];
   return near - weight_ <= weight_ / 2;
 }
 
-void VEXNearBlocks::part(std::size_t most) {
+void VEXNearBlocks::part(std::size_t most, const ShowSegments& showSegments) {
   leafOf_.assign(boxes_.size(), 0);
   if (!(largest_ <= kLargest)) return;
-  while (depth_ < kMostDepth && weight_ >> depth_ > most && boxes_.size() >> depth_ > 1) ++depth_;
+  while (depth_ < kMostDepth && weight_ >> depth_ > most) ++depth_;
   if (depth_ == 0) return;
-  std::vector<std::uint32_t> order(boxes_.size());
-  std::iota(order.begin(), order.end(), 0U);
+  setLargeApart(showSegments);
+  std::vector<std::uint32_t> order;
+  order.reserve(boxes_.size());
+  for (std::uint32_t number = 0; number < boxes_.size(); ++number)
+    if (leafOf_[number] != kLargeLeaf) order.push_back(number);
+  while (depth_ > 0 && order.size() >> depth_ == 0) --depth_;
   split(order.data(), order.data() + order.size(), depth_, 0);
-  for (findReaches(); above_ < depth_ && !sharesLittle(); findReaches()) ++above_;
+  for (findExtents(); above_ < depth_ && !sharesLittle(); findExtents()) ++above_;
+}
+
+// ---- questions ----
+
+bool VEXNearBlocks::isNear(std::uint32_t number, std::size_t block) const {
+  if (block < numHalves()) return extents_[block].meets(boxes_[number]);
+  return leafOf_[number] == kLargeLeaf || nearLarge_.meets(boxes_[number]);
+}
+
+bool VEXNearBlocks::isGathered(std::uint32_t number, std::size_t block) const {
+  if (numBlocks() == 1) return true;
+  if (block < numHalves()) return reaches_[block].meets(boxes_[number]);
+  return leafOf_[number] == kLargeLeaf || aroundLarge_.meets(boxes_[number]);
 }
 
 void VEXNearBlocks::gather(std::size_t block, std::vector<std::uint32_t>& numbers) const {
   numbers.clear();
   for (std::uint32_t number = 0; number < boxes_.size(); ++number)
-    if (numBlocks() == 1 || reaches_[block].meets(boxes_[number])) numbers.push_back(number);
+    if (isGathered(number, block)) numbers.push_back(number);
 }

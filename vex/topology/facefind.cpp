@@ -4,6 +4,7 @@
 #include <numeric>
 #include <utility>
 
+#include "vex/src/letgo.h"
 #include "vex/topology/orient.h"
 
 VEXFaceFinder::VEXFaceFinder(std::vector<Point> points) : points_(std::move(points)), order_(points_.size()) {
@@ -38,7 +39,7 @@ void VEXFaceFinder::leaveOutGroups() {
     const bool isShown = box.minX <= box.maxX;
     isLeftOut_.push_back(isShown && !grid.mayHold(box.minX, box.minY, box.maxX, box.maxY, group));
   }
-  boxes_ = {};
+  letGo(boxes_);
 }
 
 void VEXFaceFinder::addEdge(double x1, double y1, double x2, double y2, std::uint32_t group, std::uint32_t leftSide,

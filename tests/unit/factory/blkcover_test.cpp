@@ -116,6 +116,21 @@ Rings makeField(const Field& field, std::size_t side, std::uint64_t seed) {
   return rings;
 }
 
+// Rings around the middle of the field, of its own size and smaller, that cross hundreds of shapes.
+void addLargeRings(Rings& rings, double side, std::size_t count) {
+  for (std::size_t at = 0; at < count; ++at) {
+    const std::int32_t feature = rings.back().feature + 1;
+    Ring& ring = rings.emplace_back();
+    ring.feature = feature;
+    for (int step = 0; step < 60; ++step) {
+      const double radius = side * (0.1 + 0.4 / static_cast<double>(at + 1)) * (step % 2 == 0 ? 1.0 : 0.98);
+      const double angle = -step * 6.283185307179586 / 60.0;
+      ring.add(0.5 * side + radius * std::cos(angle), 0.5 * side + radius * std::sin(angle));
+    }
+    ring.add(ring.xs.front(), ring.ys.front());
+  }
+}
+
 // ---- what comes of it, as text ----
 
 struct Outcome {
@@ -194,6 +209,24 @@ TEST(BlockCover, BlocksGiveWhatTheWholeGives) {
       EXPECT_EQ(parted.numInterior, whole.numInterior);
     }
     EXPECT_GE(numParted, 2U) << field.name;
+  }
+}
+
+// Large shapes are a block of their own: they do not keep the others from being parted.
+TEST(BlockCover, LargeShapesAmongSmallOnes) {
+  for (const Field& field :
+       {Field{"close", 0, 1, 0.01, 0, 0, false, true}, Field{"islands", 0, 1, -0.4, 0, 0.02, false, true}}) {
+    for (std::uint64_t seed = 1; seed <= 2; ++seed) {
+      SCOPED_TRACE(std::string(field.name) + ", seed " + std::to_string(seed));
+      Rings rings = makeField(field, 80, seed);
+      addLargeRings(rings, 80.0, 2);
+      const Outcome whole = outcomeOf(rings, SIZE_MAX, seed % 2 == 0);
+      const Outcome parted = outcomeOf(rings, 2500, seed % 2 == 0);
+      EXPECT_GT(parted.numBlocks, 4U);
+      EXPECT_TRUE(parted.pieces == whole.pieces);
+      EXPECT_TRUE(parted.groups == whole.groups);
+      EXPECT_EQ(parted.numInterior, whole.numInterior);
+    }
   }
 }
 
