@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bit>
 
+#include "vex/factory/ringpart.h"
+
 namespace {
 
 constexpr std::size_t kFirstTable = 1024;
@@ -93,27 +95,27 @@ bool VEXNodedRings::endArea() {
   if (!isTouching_) return false;
   const std::int32_t number = rings_.back().number;
   std::vector<std::uint32_t> points;
-  parts_.clear();
+  VEXRingParts parts;
   for (std::size_t at = firstOfArea_; at < rings_.size(); ++at) {
     if (rings_[at].numPoints < 2) continue;
     points.clear();
     gather(rings_[at], rings_[at].firstPoint, rings_[at].numPoints);
     for (std::uint32_t i = 0; i <= rings_[at].numPoints; ++i) points.push_back(ringPoints_[rings_[at].firstPoint + i]);
-    parts_.addRing(points, runX_, runY_);
+    parts.addRing(points, runX_, runY_);
   }
-  if (!parts_.compute()) return false;
+  if (!parts.compute()) return false;
   for (; ringPoints_.size() > startOfArea_; ringPoints_.pop_back()) lastAt_[ringPoints_.back()] = kNone;
   rings_.resize(firstOfArea_);
   parents_.resize(firstOfArea_);
-  for (std::size_t at = 0; at < parts_.numRings(); ++at) {
-    const VEXRingParts::Ring ring = parts_.ring(at);
+  for (std::size_t at = 0; at < parts.numRings(); ++at) {
+    const VEXRingParts::Ring ring = parts.ring(at);
     const auto start = static_cast<std::uint32_t>(ringPoints_.size());
     for (std::uint32_t point : ring.points.first(ring.points.size() - 1)) {
       lastAt_[point] = static_cast<std::uint32_t>(ringPoints_.size());
       ringPoints_.push_back(point);
     }
     endRing(number, start);
-    if (at > 0 && parts_.ring(at - 1).part == ring.part)
+    if (at > 0 && parts.ring(at - 1).part == ring.part)
       parents_.back() = parents_[parents_.size() - 2];  // the first ring of the part
   }
   return true;

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "vex/factory/ringpart.h"
 #include "vex/inc/statinfo.h"
 #include "vex/src/blockvec.h"
 #include "vex/src/plangeom.h"
@@ -78,7 +77,6 @@ class VEXNodedRings {
   std::size_t firstOfArea_ = 0;            // of its rings
   std::uint32_t startOfArea_ = 0;          // in ringPoints_
   bool isTouching_ = false;                // a point of the area stands twice
-  VEXRingParts parts_;
   VEXBlockVector<std::uint32_t> ringPoints_;
   VEXBlockVector<std::int32_t> kinds_;  // by ring point, of the segment behind it; before that is known its ring and 1
   std::vector<std::uint8_t> outlineEnds_;  // by point: segments of the outline that end there, 3 for more

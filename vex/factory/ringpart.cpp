@@ -9,16 +9,6 @@
 #include "vex/topology/lineintersector.h"
 #include "vex/topology/piececut.h"
 
-void VEXRingParts::clear() {
-  chains_ = VEXChainStore();
-  points_.clear();
-  runs_.clear();
-  seams_.clear();
-  runPoints_.clear();
-  rings_.clear();
-  ringPoints_.clear();
-}
-
 void VEXRingParts::addRing(std::span<const std::uint32_t> points, VEXOrdinates xs, VEXOrdinates ys) {
   chains_.addChain(xs, ys, {}, 1);
   points_.insert(points_.end(), points.begin(), points.end());
@@ -79,18 +69,18 @@ bool VEXRingParts::compute() {
   return true;
 }
 
-// Around each node a part's runs come and go in turn, so whichever goes on from where one ended leads back to its start.
+// Around each node a part's runs come and go in turn, so whichever goes on from where one ended leads back to its
+// start.
 void VEXRingParts::formRings() {
   auto startOf = [this](const Run& run) { return std::pair(run.part, runPoints_[run.first]); };
-  auto isBefore = [](const Run& a, const Run& b) {
-    return a.part != b.part ? a.part < b.part : a.first < b.first;
-  };
+  auto isBefore = [](const Run& a, const Run& b) { return a.part != b.part ? a.part < b.part : a.first < b.first; };
   std::sort(runs_.begin(), runs_.end(), [&](const Run& a, const Run& b) {
     return std::tuple(startOf(a), a.first) < std::tuple(startOf(b), b.first);
   });
   std::sort(seams_.begin(), seams_.end(), isBefore);
   std::vector<bool> isTaken(runs_.size());
-  std::vector<std::size_t> nextOf(runs_.size());  // by the first run of those with one start: the first that may be free
+  std::vector<std::size_t> nextOf(
+      runs_.size());  // by the first run of those with one start: the first that may be free
   for (std::size_t i = 0; i < runs_.size(); ++i) nextOf[i] = i;
   std::size_t seam = 0;
   auto addSeams = [&](std::uint32_t before) {

@@ -1,7 +1,7 @@
 // VEXRingParts: rings of one polygon that touch each other or themselves, made into rings of its parts: those that hang
-// together by more than points. Which part is on which side is told by a cover graph of the polygon's own; so holes that
-// touch their shell twice part it, loops that run the wrong way count as area, and what runs out and back as nothing.
-// Calls: addRing for each, compute once, then the rings; clear begins anew.
+// together by more than points. Which part is on which side is told by a cover graph of the polygon's own; so holes
+// that touch their shell twice part it, loops that run the wrong way count as area, and what runs out and back as
+// nothing. Calls: addRing for each, compute once, then the rings; clear begins anew.
 #pragma once
 
 #include <cstddef>
@@ -19,13 +19,12 @@ class VEXRingParts {
     std::span<const std::uint32_t> points;  // the first one stands at the end once more
   };
 
-  void clear();
   // A closed ring, clockwise if it is a shell, no point twice in succession. Points are told apart by their numbers.
   void addRing(std::span<const std::uint32_t> points, VEXOrdinates xs, VEXOrdinates ys);
   // False: the rings cross or overlap where they have no points, or coordinates are too large to tell.
   bool compute();
-  // The parts' rings with the area on their right, by rising part. Lines with area on both sides are among them, run out
-  // and back.
+  // The parts' rings with the area on their right, by rising part. Lines with area on both sides are among them, run
+  // out and back.
   std::size_t numRings() const { return rings_.size(); }
   Ring ring(std::size_t at) const {
     const std::size_t end = at + 1 < rings_.size() ? rings_[at + 1].first : ringPoints_.size();
