@@ -1,7 +1,7 @@
 // VEXRingParts: rings of one polygon that touch each other or themselves, made into rings of its parts: those that hang
 // together by more than points. Which part is on which side is told by a cover graph of the polygon's own; so holes
 // that touch their shell twice part it, loops that run the wrong way count as area, and what runs out and back as
-// nothing. Calls: addRing for each, compute once, then the rings; clear begins anew.
+// nothing. Calls: addRing for each, compute once, then the rings.
 #pragma once
 
 #include <cstddef>
