@@ -55,12 +55,13 @@ VEXStatus VEXDissolver::addArea(const VEXLine& area, std::int32_t number) {
   const std::size_t first = isNoded_ ? noded_->numRings() : 0;
   std::vector<std::size_t> added;  // the numbers of the rings
   if (isNoded_ && rings_.size() > 1) added.assign(rings_.size(), SIZE_MAX);
+  if (isNoded_) noded_->beginArea();
   for (std::size_t at = 0; at < rings_.size(); ++at) {
     if (rings_[at].count < 3) continue;  // no area
     if (!added.empty()) added[at] = noded_->numRings();
     VEX_TRY(addRing(area, rings_[at], isHole_[at], number));
   }
-  if (isNoded_ && noded_->numRings() - first > 1) joinRings(area, added);
+  if (isNoded_ && !noded_->endArea() && noded_->numRings() - first > 1) joinRings(area, added);
   if (!isNoded_ && area.geomType() == VEX_GEOM_DONUT && !holdsItsHoles(area)) cover_->doubt(number);
   return nullptr;
 }

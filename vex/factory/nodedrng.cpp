@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <bit>
 
+#include "vex/factory/ringpart.h"
+#include "vex/src/letgo.h"
+
 namespace {
 
 constexpr std::size_t kFirstTable = 1024;
@@ -36,9 +39,14 @@ double plain(double value) {
 
 // ---- rings ----
 
+void VEXNodedRings::beginArea() {
+  firstOfArea_ = rings_.size();
+  startOfArea_ = static_cast<std::uint32_t>(ringPoints_.size());
+  isTouching_ = false;
+}
+
 // A ring beside one that came before runs along its points, mostly backward: the next point is looked for there first.
 void VEXNodedRings::addRing(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t number) {
-  parents_.push_back(static_cast<std::int32_t>(parents_.size()));
   hasZ_ = hasZ_ || !zs.empty();
   const auto start = static_cast<std::uint32_t>(ringPoints_.size());
   // The table is too large for caches: all of the ring's slots are asked for before the first one is looked at.
@@ -66,15 +74,52 @@ void VEXNodedRings::addRing(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, s
       point = pointOf(x, y, zs.empty() ? 0.0 : zs[i], hashes_[i]);
     if (ringPoints_.size() > start && ringPoints_.back() == point) continue;
     beside = lastAt_[point];
+    isTouching_ = isTouching_ || beside + 1 > startOfArea_;  // kNone and 1 is 0
     lastAt_[point] = static_cast<std::uint32_t>(ringPoints_.size());
     ringPoints_.push_back(point);
   }
   while (ringPoints_.size() > start + 1 && ringPoints_.back() == ringPoints_[start]) ringPoints_.pop_back();
+  isTouching_ = isTouching_ || ringPoints_.size() < start + 3;  // no area
+  endRing(number, start);
+}
+
+void VEXNodedRings::endRing(std::int32_t number, std::uint32_t start) {
   const auto end = static_cast<std::uint32_t>(ringPoints_.size());
   std::uint32_t lowest = kNone;
   for (std::uint32_t at = start; at < end; ++at) lowest = std::min(lowest, ringPoints_[at]);
+  parents_.push_back(static_cast<std::int32_t>(parents_.size()));
   rings_.push_back({number, start, end - start, lowest});
   ringPoints_.push_back(ringPoints_[start]);
+}
+
+bool VEXNodedRings::endArea() {
+  if (!isTouching_) return false;
+  const std::int32_t number = rings_.back().number;
+  std::vector<std::uint32_t> points;
+  VEXRingParts parts;
+  for (std::size_t at = firstOfArea_; at < rings_.size(); ++at) {
+    if (rings_[at].numPoints < 2) continue;
+    points.clear();
+    gather(rings_[at], rings_[at].firstPoint, rings_[at].numPoints);
+    for (std::uint32_t i = 0; i <= rings_[at].numPoints; ++i) points.push_back(ringPoints_[rings_[at].firstPoint + i]);
+    parts.addRing(points, runX_, runY_);
+  }
+  if (!parts.compute()) return false;
+  for (; ringPoints_.size() > startOfArea_; ringPoints_.pop_back()) lastAt_[ringPoints_.back()] = kNone;
+  rings_.resize(firstOfArea_);
+  parents_.resize(firstOfArea_);
+  for (std::size_t at = 0; at < parts.numRings(); ++at) {
+    const VEXRingParts::Ring ring = parts.ring(at);
+    const auto start = static_cast<std::uint32_t>(ringPoints_.size());
+    for (std::uint32_t point : ring.points.first(ring.points.size() - 1)) {
+      lastAt_[point] = static_cast<std::uint32_t>(ringPoints_.size());
+      ringPoints_.push_back(point);
+    }
+    endRing(number, start);
+    if (at > 0 && parts.ring(at - 1).part == ring.part)
+      parents_.back() = parents_[parents_.size() - 2];  // the first ring of the part
+  }
+  return true;
 }
 
 std::uint32_t VEXNodedRings::pointOf(double x, double y, double z, std::uint64_t hash) {
@@ -98,7 +143,7 @@ std::uint32_t VEXNodedRings::pointOf(double x, double y, double z, std::uint64_t
 
 void VEXNodedRings::growPoints() {
   const std::size_t size = std::max(kFirstTable, 2 * pointTable_.size());
-  pointTable_ = {};
+  letGo(pointTable_);
   pointTable_.resize(size);
   tags_.assign(size, 0);
   auto place = [&](std::size_t point, std::uint64_t hash) {
@@ -133,8 +178,7 @@ void VEXNodedRings::join(std::int32_t a, std::int32_t b) {
 // ---- segments ----
 
 void VEXNodedRings::pair() {
-  pointTable_ = {};
-  tags_ = {};
+  letGo(pointTable_, tags_);
   lastAt_.release();
   for (std::size_t ring = 0; ring < rings_.size(); ++ring)
     for (std::uint32_t at = 0; at <= rings_[ring].numPoints; ++at)
@@ -216,10 +260,10 @@ VEXStatus VEXNodedRings::emit(VEXTopology& outline, std::vector<VEXLine>* interi
   for (std::size_t ring = 0; ring < rings_.size(); ++ring)
     if (rings_[ring].numPoints > 1) VEX_TRY(emitRing(ring, outline, interior, numInterior));
   points_.release();
-  pointZs_ = {};
+  letGo(pointZs_);
   ringPoints_.release();
   kinds_.release();
-  outlineEnds_ = {};
+  letGo(outlineEnds_);
   return nullptr;
 }
 

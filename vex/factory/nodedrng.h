@@ -1,6 +1,6 @@
 // VEXNodedRings: rings that share their boundaries vertex for vertex, and which rings run along each stretch of them.
-// Calls: addRing for each, join for those that belong together; pair once; then emit, after which only the rings'
-// numbers and what was joined are left.
+// Calls: for each area beginArea, addRing for its rings and endArea, join for those that belong together; pair once;
+// then emit, after which only the rings' numbers and what was joined are left.
 #pragma once
 
 #include <cstddef>
@@ -16,8 +16,12 @@
 class VEXNodedRings {
  public:
   bool hasRoomFor(std::size_t numCoords) const { return numCoords < UINT32_MAX / 2 - ringPoints_.size() / 2; }
+  void beginArea();
   // A closed ring with the area on its right, of the feature `number`; z may be empty. Rings are numbered from 0.
   void addRing(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t number);
+  // True: some of the area's rings touched in a point. Then others stand in their place, and those of each part of the
+  // area that hangs together by more than points are joined. A ring without area may be gone.
+  bool endArea();
   std::size_t numRings() const { return rings_.size(); }
   std::int32_t numberOf(std::int32_t ring) const { return rings_[static_cast<std::size_t>(ring)].number; }
   void join(std::int32_t a, std::int32_t b);
@@ -55,6 +59,7 @@ class VEXNodedRings {
 
   std::uint32_t pointOf(double x, double y, double z, std::uint64_t hash);  // that of x and y
   void growPoints();
+  void endRing(std::int32_t number, std::uint32_t start);
   void pairAround(std::uint32_t low);
   bool isBreak(const Ring& ring, std::uint32_t at) const;
   VEXStatus emitRing(std::size_t number, VEXTopology& outline, std::vector<VEXLine>* interior,
@@ -69,6 +74,9 @@ class VEXNodedRings {
   std::vector<std::uint32_t> pointTable_;  // numbers of points by hash
   std::vector<std::uint8_t> tags_;         // of the slots of pointTable_; 0: free
   VEXBlockVector<std::uint32_t> lastAt_;   // by point: where the newest ring has it
+  std::size_t firstOfArea_ = 0;            // of its rings
+  std::uint32_t startOfArea_ = 0;          // in ringPoints_
+  bool isTouching_ = false;                // a point of the area stands twice
   VEXBlockVector<std::uint32_t> ringPoints_;
   VEXBlockVector<std::int32_t> kinds_;  // by ring point, of the segment behind it; before that is known its ring and 1
   std::vector<std::uint8_t> outlineEnds_;  // by point: segments of the outline that end there, 3 for more

@@ -123,7 +123,7 @@ bool VEXPieceCutter::beginChain() {
     wraps_ = false;
     isOpen_ = true;
     const VEXChain& chain = chains_.chain(chain_);
-    if (!chain.isRing || last_ < first_ + 2 || isBreak(last_ - 1, first_)) return true;
+    if (!chain.isRing || last_ < first_ + 2 || !isGiven(last_ - 1) || isBreak(last_ - 1, first_)) return true;
     for (std::uint32_t at = first_ + 1; at < last_; ++at)
       if (isBreak(at - 1, at)) {
         at_ = wrapTo_ = at;
@@ -155,12 +155,14 @@ void VEXPieceCutter::setIds(std::uint32_t segment) {
   for (auto it = others; it != end; ++it) passes_.push_back(*it * direction);
 }
 
-// Finds the next stretch between two breaks that is to be given.
+// Finds the next stretch between two breaks that is to be given. What is not is passed over at one go: a ring that
+// goes round a thousand times would compare all of its passes at each vertex of each.
 bool VEXPieceCutter::nextStretch(std::uint32_t& from, std::uint32_t& to) {
   while (isOpen_ || beginChain()) {
     from = to = at_;
+    const bool isPassedOver = from < last_ && !isGiven(from);
     if (to < stop_)
-      for (++to; to < stop_ && !isBreak(to - 1, to);) ++to;
+      for (++to; to < stop_ && (isPassedOver ? !isGiven(to) : !isBreak(to - 1, to));) ++to;
     at_ = to;
     if (to == stop_) isOpen_ = false;
     if (from == last_ || isGiven(from)) return true;
