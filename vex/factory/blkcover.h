@@ -112,8 +112,8 @@ class VEXBlockCover {
   std::vector<std::unique_ptr<double[]>> values_;  // by lots, so that growing takes nothing; a ring lies in one
   std::size_t lotSize_ = 0, roomLeft_ = 0;         // of the last
   std::size_t numCoords_ = 0;
-  VEXBlockVector<Ring> rings_;
-  VEXBlockVector<Feature> features_;
+  VEXBlockVector<Ring, 8> rings_;
+  VEXBlockVector<Feature, 8> features_;
   VEXNearBlocks blocks_;
   std::size_t numBlocks_ = 0;
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-template <class T>
+template <class T, std::size_t kShift = 12>  // of 2 to the power of kShift each
 class VEXBlockVector {
  public:
   std::size_t size() const { return size_; }
@@ -24,7 +24,6 @@ class VEXBlockVector {
   }
 
  private:
-  static constexpr std::size_t kShift = 12;
   static constexpr std::size_t kMask = (std::size_t{1} << kShift) - 1;
   std::vector<std::unique_ptr<T[]>> blocks_;
   std::size_t size_ = 0;
