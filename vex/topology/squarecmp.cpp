@@ -13,13 +13,11 @@ using Entry = VEXSpatialGridCore::Entry;
 constexpr std::size_t kFewToScan = 48;       // entries of a square that are compared without being sorted
 constexpr std::size_t kFewestOfCrowd = 256;  // entries for which a closer look pays
 constexpr std::size_t kFewestOfPart = 64;    // entries that are worth being told apart from the rest
-constexpr std::size_t kSample = 64;
+constexpr std::size_t kSample = 32;
+constexpr std::size_t kDenseSample = 16;
 constexpr std::size_t kPencilTries = 8;
 constexpr std::size_t kFamilies = 8;
 constexpr double kSparseShare = 0.0625;  // pairs that overlap along an axis, of all: so few are just gone through
-
-// Bits of an entry's flags above those of the grid: the number of its place among the equal ones, from 1; 0: no equals.
-constexpr std::uint32_t kPlaceShift = 4;
 
 bool isBoxBefore(const Entry& a, const Entry& b) {
   if (a.minX != b.minX) return a.minX < b.minX;
@@ -33,6 +31,10 @@ bool isSameBox(const Entry& a, const Entry& b) {
 double angleOf(const VEXSegment& s) {
   const double angle = std::atan2(s.y2 - s.y1, s.x2 - s.x1);
   return angle < 0.0 ? angle + std::numbers::pi : angle;
+}
+
+std::size_t leastOfPencil(std::size_t count) {
+  return std::max(kFewestOfPart / 2, count / 16);
 }
 
 // a - b, and what rounding took from it.
@@ -63,7 +65,7 @@ void VEXSquareComparer::compareAll(std::span<Entry> entries) {
         if (isWanted(entries[j], entries[i])) comparer_.compare(entries[j].number, entries[i].number);
     return;
   }
-  std::sort(entries.begin(), entries.end(), isBoxBefore);
+  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return isBoxBefore(a, b); });
   const std::size_t numPlaces = joinEquals(entries);
   compareCrowd(entries.first(numPlaces));
 }
@@ -73,7 +75,7 @@ void VEXSquareComparer::sweepFromLeft(std::span<const Entry> entries) {
   const std::size_t count = entries.size();
   for (std::size_t i = 0; i < count; ++i)
     for (std::size_t j = i + 1; j < count && entries[j].minX <= entries[i].maxX; ++j)
-      if (isWanted(entries[i], entries[j])) compareEquals(entries[i], entries[j]);
+      if (isWanted(entries[i], entries[j])) comparePlaces(entries[i], entries[j]);
 }
 
 // ---- equal segments ----
@@ -87,7 +89,8 @@ std::size_t VEXSquareComparer::joinEquals(std::span<Entry> entries) {
   for (std::size_t first = 0, last; first < entries.size(); first = last) {
     for (last = first + 1; last < entries.size() && isSameBox(entries[first], entries[last]);) ++last;
     const std::size_t numPlaces = last == first + 1 ? 1 : joinEqualsOfBox(entries.subspan(first, last - first));
-    for (std::size_t i = 0; i < numPlaces; ++i) entries[kept++] = entries[first + i];
+    if (kept != first) std::copy_n(entries.data() + first, numPlaces, entries.data() + kept);
+    kept += numPlaces;
   }
   return kept;
 }
@@ -129,8 +132,7 @@ std::span<const std::uint32_t> VEXSquareComparer::equalsOf(const Entry& entry) c
 
 // What meets the first of a place meets the others of it in the same way. Those of the one place are compared with the
 // first of the other, and the other way round: through these two everything comes together.
-void VEXSquareComparer::compareEquals(const Entry& a, const Entry& b) {
-  if (!comparer_.compare(a.number, b.number)) return;
+void VEXSquareComparer::compareOthers(const Entry& a, const Entry& b) {
   for (std::uint32_t number : equalsOf(a)) comparer_.compare(number, b.number);
   for (std::uint32_t number : equalsOf(b)) comparer_.compare(a.number, number);
 }
@@ -138,10 +140,9 @@ void VEXSquareComparer::compareEquals(const Entry& a, const Entry& b) {
 // ---- crowds ----
 
 void VEXSquareComparer::compareCrowd(std::span<Entry> entries) {
-  while (entries.size() > kFewestOfCrowd) {
-    double share;
-    const Axis axis = bestAxis(entries, entries, share);
-    if (share <= kSparseShare) return sweep(entries, axis);
+  while (entries.size() > kFewestOfCrowd || (entries.size() > kFewestOfPart && isDense(entries))) {
+    const Axes axes = bestAxes(entries, entries);
+    if (axes.share <= kSparseShare) return sweep(entries, axes);
     std::size_t numFirst = partPencil(entries);
     const bool isPencil = numFirst > 0;
     if (!isPencil) numFirst = partFamily(entries);
@@ -150,10 +151,19 @@ void VEXSquareComparer::compareCrowd(std::span<Entry> entries) {
     if (isPencil)
       compareNarrow(first);
     else
-      sweep(first, entries.empty() ? axis : bestAxis(first, first, share));
-    if (!entries.empty()) sweepBetween(first, entries, bestAxis(first, entries, share));
+      sweep(first, entries.empty() ? axes : bestAxes(first, first));
+    if (!entries.empty()) sweepBetween(first, entries, bestAxes(first, entries));
   }
   sweepFromLeft(entries);
+}
+
+// True when the boxes of most entries touch: few of them may be a crowd, too, then.
+bool VEXSquareComparer::isDense(std::span<const Entry> entries) const {
+  const std::size_t half = entries.size() / 2, step = half / kDenseSample;
+  std::size_t numTouching = 0;
+  for (std::size_t i = 0; i < kDenseSample; ++i)
+    numTouching += isWanted(entries[i * step], entries[i * step + half]) ? 1 : 0;
+  return numTouching > kDenseSample / 2;
 }
 
 // Puts those of some kind first; both parts keep their order.
@@ -188,7 +198,7 @@ std::size_t VEXSquareComparer::partFamily(std::span<Entry> entries) {
 std::size_t VEXSquareComparer::partPencil(std::span<Entry> entries) {
   const std::size_t count = entries.size();
   Pencil best{};
-  std::size_t most = std::max(kFewestOfPart, count / 16) - 1;
+  std::size_t most = leastOfPencil(count) - 1;
   for (std::size_t i = 0; i < kPencilTries && most < count - count / 8; ++i) {
     const std::size_t one = (2 * i + 1) * count / (2 * kPencilTries);
     Pencil pencil;
@@ -199,7 +209,7 @@ std::size_t VEXSquareComparer::partPencil(std::span<Entry> entries) {
     most = size;
     best = pencil;
   }
-  if (most < std::max(kFewestOfPart, count / 16)) return 0;
+  if (most < leastOfPencil(count)) return 0;
   const std::size_t numFirst = partFirst(entries, [&](const Entry& entry) { return isOfPencil(entry, best); });
   joinPencil(entries.first(numFirst), best);
   return numFirst;
@@ -218,10 +228,9 @@ bool VEXSquareComparer::findPencil(const Entry& a, const Entry& b, Pencil& penci
     pencil.y = pair.firstEnd ? s.y2 : s.y1;
     return true;
   }
-  if (meeting != VEXMeeting::Cross || !takesAll_) return false;
+  if (meeting != VEXMeeting::Cross || pair.isNarrow || !takesAll_) return false;
   const double times = crossingOf(s, t, pencil.x, pencil.y);
   pencil.tolerance = kPlaceTolerance * pencil.smallest * times;
-  if (times > 2.0) return false;
   // What the point lies off the two lines, taken away: others are held against it more strictly than computing goes.
   const double dsx = s.x2 - s.x1, dsy = s.y2 - s.y1, dtx = t.x2 - t.x1, dty = t.y2 - t.y1;
   const double turn = dsx * dty - dsy * dtx;
@@ -281,7 +290,7 @@ void VEXSquareComparer::compareNarrow(std::span<const Entry> entries) {
       const Course& next = courses_[j < count ? j : j - count];
       if (next.angle + (j < count ? 0.0 : std::numbers::pi) - courses_[i].angle > kWindow) break;
       const Entry &a = entries[courses_[i].at], &b = entries[next.at];
-      if (isWanted(a, b)) compareEquals(a, b);
+      if (isWanted(a, b)) comparePlaces(a, b);
     }
 }
 
@@ -300,78 +309,96 @@ VEXSquareComparer::Axis VEXSquareComparer::acrossMost(std::span<const Entry> ent
   return {-std::sin(angle), std::cos(angle)};
 }
 
-// The axis along which the fewest of these overlap those, judged by a sample, and the share of pairs that do.
-VEXSquareComparer::Axis VEXSquareComparer::bestAxis(std::span<const Entry> some, std::span<const Entry> others,
-                                                    double& share) {
+// The axis along which the fewest of these overlap those, and the one that parts the most of what is left; judged by a
+// sample.
+VEXSquareComparer::Axes VEXSquareComparer::bestAxes(std::span<const Entry> some, std::span<const Entry> others) const {
   const double half = std::sqrt(0.5);
-  const Axis axes[] = {{1.0, 0.0}, {0.0, 1.0}, {half, half}, {half, -half}, acrossMost(some), acrossMost(others)};
-  const Axis* best = axes;
-  share = 2.0;
-  for (const Axis& axis : axes) {
-    findReaches(some, axis, kSample, reaches_);
-    findReaches(others, axis, kSample, otherReaches_);
-    std::size_t numPairs = 0;
-    for (const Reach& a : reaches_)
-      for (const Reach& b : otherReaches_) numPairs += a.from <= b.to && b.from <= a.to ? 1 : 0;
-    const double numAll = static_cast<double>(reaches_.size()) * static_cast<double>(otherReaches_.size());
-    if (static_cast<double>(numPairs) >= share * numAll) continue;
-    share = static_cast<double>(numPairs) / numAll;
-    best = &axis;
+  const std::array<Axis, 6> choices = {Axis{1.0, 0.0}, {0.0, 1.0},       {half, half},
+                                       {half, -half},  acrossMost(some), acrossMost(others)};
+  using Sample = std::array<Reach, kSample>;
+  auto sampleOf = [&](std::span<const Entry> entries, const Axis& axis, Sample& sample) {
+    const std::size_t step = (entries.size() + kSample - 1) / kSample;
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < entries.size(); i += step) sample[count++] = reachOf(entries[i], axis);
+    return count;
+  };
+  std::array<bool, kSample * kSample> isLeft;
+  isLeft.fill(true);
+  std::size_t numPairs = 0;
+  auto bestOf = [&](std::size_t& numLeft) {
+    std::size_t best = 0;
+    numLeft = kSample * kSample + 1;
+    Sample sample, otherSample;
+    for (std::size_t choice = 0; choice <= choices.size(); ++choice) {
+      const bool isDone = choice == choices.size();  // then the best one's pairs are what is left
+      const Axis& axis = choices[isDone ? best : choice];
+      const std::size_t numSome = sampleOf(some, axis, sample), numOthers = sampleOf(others, axis, otherSample);
+      numPairs = numSome * numOthers;
+      std::size_t numHere = 0;
+      for (std::size_t i = 0; i < numSome; ++i)
+        for (std::size_t j = 0; j < numOthers; ++j) {
+          const bool overlaps = isLeft[i * kSample + j] && overlap(sample[i], otherSample[j]);
+          numHere += overlaps ? 1 : 0;
+          if (isDone) isLeft[i * kSample + j] = overlaps;
+        }
+      if (isDone || numHere >= numLeft) continue;
+      numLeft = numHere;
+      best = choice;
+    }
+    return choices[best];
+  };
+  Axes axes;
+  std::size_t numLeft;
+  axes.main = bestOf(numLeft);
+  axes.share = static_cast<double>(numLeft) / static_cast<double>(numPairs);
+  axes.side = axes.share > kSparseShare ? bestOf(numLeft) : axes.main;
+  return axes;
+}
+
+// From where to where an entry reaches along an axis, wide enough for all that can meet to overlap.
+VEXSquareComparer::Reach VEXSquareComparer::reachOf(const Entry& entry, const Axis& axis) const {
+  const VEXSegment s = chains_.segment(entry.number);
+  double slack = 4.0 * kPlaceTolerance * sizeOf(s);
+  if (!takesAll_) slack = std::max(slack, 2.0 * chains_.toleranceOf(entry.number));
+  const double start = axis.x * s.x1 + axis.y * s.y1, end = axis.x * s.x2 + axis.y * s.y2;
+  return {std::min(start, end) - slack, std::max(start, end) + slack};
+}
+
+// The entries in the order in which they begin along the main axis.
+void VEXSquareComparer::findSwept(std::span<const Entry> entries, const Axes& axes, std::vector<Swept>& swept) const {
+  swept.clear();
+  for (std::size_t i = 0; i < entries.size(); ++i)
+    swept.push_back({reachOf(entries[i], axes.main), reachOf(entries[i], axes.side), static_cast<std::uint32_t>(i)});
+  std::sort(swept.begin(), swept.end(), [](const Swept& a, const Swept& b) {
+    return a.main.from != b.main.from ? a.main.from < b.main.from : a.at < b.at;
+  });
+}
+
+void VEXSquareComparer::sweep(std::span<const Entry> entries, const Axes& axes) {
+  findSwept(entries, axes, swept_);
+  for (std::size_t i = 0; i < swept_.size(); ++i) {
+    const Entry& a = entries[swept_[i].at];
+    for (std::size_t j = i + 1; j < swept_.size() && swept_[j].main.from <= swept_[i].main.to; ++j)
+      if (overlap(swept_[i].side, swept_[j].side) && isWanted(a, entries[swept_[j].at]))
+        comparePlaces(a, entries[swept_[j].at]);
   }
-  return *best;
 }
 
-// From where to where entries reach along an axis, wide enough for all that can meet to overlap: all of the entries, or
-// at most so many, spread among them.
-void VEXSquareComparer::findReaches(std::span<const Entry> entries, const Axis& axis, std::size_t most,
-                                    std::vector<Reach>& reaches) const {
-  reaches.clear();
-  const std::size_t step = (entries.size() + most - 1) / most;
-  for (std::size_t i = 0; i < entries.size(); i += step) {
-    const std::uint32_t number = entries[i].number;
-    const VEXSegment s = chains_.segment(number);
-    double slack = 4.0 * kPlaceTolerance * sizeOf(s);
-    if (!takesAll_) slack = std::max(slack, 2.0 * chains_.toleranceOf(number));
-    const double start = axis.x * s.x1 + axis.y * s.y1, end = axis.x * s.x2 + axis.y * s.y2;
-    reaches.push_back({std::min(start, end) - slack, std::max(start, end) + slack, static_cast<std::uint32_t>(i)});
-  }
-}
-
-namespace {
-
-template <class Reaches>
-void sortReaches(Reaches& reaches) {
-  std::sort(reaches.begin(), reaches.end(),
-            [](const auto& a, const auto& b) { return a.from != b.from ? a.from < b.from : a.at < b.at; });
-}
-
-}  // namespace
-
-void VEXSquareComparer::sweep(std::span<const Entry> entries, const Axis& axis) {
-  findReaches(entries, axis, entries.size(), reaches_);
-  sortReaches(reaches_);
-  for (std::size_t i = 0; i < reaches_.size(); ++i) {
-    const Entry& a = entries[reaches_[i].at];
-    for (std::size_t j = i + 1; j < reaches_.size() && reaches_[j].from <= reaches_[i].to; ++j)
-      if (isWanted(a, entries[reaches_[j].at])) compareEquals(a, entries[reaches_[j].at]);
-  }
-}
-
-void VEXSquareComparer::sweepBetween(std::span<const Entry> some, std::span<const Entry> others, const Axis& axis) {
-  findReaches(some, axis, some.size(), reaches_);
-  findReaches(others, axis, others.size(), otherReaches_);
-  sortReaches(reaches_);
-  sortReaches(otherReaches_);
+void VEXSquareComparer::sweepBetween(std::span<const Entry> some, std::span<const Entry> others, const Axes& axes) {
+  findSwept(some, axes, swept_);
+  findSwept(others, axes, otherSwept_);
+  auto compareIf = [&](const Swept& a, const Swept& b) {
+    if (overlap(a.side, b.side) && isWanted(some[a.at], others[b.at])) comparePlaces(some[a.at], others[b.at]);
+  };
   std::size_t i = 0, j = 0;
-  while (i < reaches_.size() && j < otherReaches_.size()) {
-    const Reach &a = reaches_[i], &b = otherReaches_[j];
-    if (a.from <= b.from) {
-      for (std::size_t k = j; k < otherReaches_.size() && otherReaches_[k].from <= a.to; ++k)
-        if (isWanted(some[a.at], others[otherReaches_[k].at])) compareEquals(some[a.at], others[otherReaches_[k].at]);
+  while (i < swept_.size() && j < otherSwept_.size()) {
+    const Swept &a = swept_[i], &b = otherSwept_[j];
+    if (a.main.from <= b.main.from) {
+      for (std::size_t k = j; k < otherSwept_.size() && otherSwept_[k].main.from <= a.main.to; ++k)
+        compareIf(a, otherSwept_[k]);
       ++i;
     } else {
-      for (std::size_t k = i; k < reaches_.size() && reaches_[k].from <= b.to; ++k)
-        if (isWanted(some[reaches_[k].at], others[b.at])) compareEquals(some[reaches_[k].at], others[b.at]);
+      for (std::size_t k = i; k < swept_.size() && swept_[k].main.from <= b.main.to; ++k) compareIf(swept_[k], b);
       ++j;
     }
   }

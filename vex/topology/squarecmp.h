@@ -22,11 +22,22 @@ class VEXSquareComparer {
   void compareAll(std::span<Entry> entries);  // reorders them and changes their flags
 
  private:
+  // Bits of an entry's flags above those of the grid: the number of its place among the equal ones, from 1; 0: no
+  // equals.
+  static constexpr std::uint32_t kPlaceShift = 4;
   struct Axis {
     double x, y;  // of length 1
   };
+  struct Axes {
+    Axis main, side;
+    double share;  // of all pairs, those that overlap along the main axis, judged by a sample
+  };
   struct Reach {  // of an entry along an axis
     double from, to;
+  };
+  static bool overlap(const Reach& a, const Reach& b) { return a.from <= b.to && b.from <= a.to; }
+  struct Swept {
+    Reach main, side;
     std::uint32_t at;
   };
   struct Course {  // of an entry, as an angle from 0 to pi
@@ -46,16 +57,20 @@ class VEXSquareComparer {
            VEXSpatialGridCore::isPairOfSquare(a, b) &&
            (takesAll_ || chains_.isDirty(a.number) || chains_.isDirty(b.number));
   }
+  void comparePlaces(const Entry& a, const Entry& b) {
+    if (comparer_.compare(a.number, b.number) && ((a.flags | b.flags) >> kPlaceShift) != 0) compareOthers(a, b);
+  }
   void sweepFromLeft(std::span<const Entry> entries);
 
   // ---- equal segments ----
   std::size_t joinEquals(std::span<Entry> entries);
   std::size_t joinEqualsOfBox(std::span<Entry> entries);
   std::span<const std::uint32_t> equalsOf(const Entry& entry) const;
-  void compareEquals(const Entry& a, const Entry& b);
+  void compareOthers(const Entry& a, const Entry& b);
 
   // ---- crowds ----
   void compareCrowd(std::span<Entry> entries);
+  bool isDense(std::span<const Entry> entries) const;
   template <class IsIn>
   std::size_t partFirst(std::span<Entry> entries, IsIn&& isIn);
   std::size_t partFamily(std::span<Entry> entries);
@@ -65,11 +80,11 @@ class VEXSquareComparer {
   void joinPencil(std::span<const Entry> entries, const Pencil& pencil);
   void compareNarrow(std::span<const Entry> entries);
   Axis acrossMost(std::span<const Entry> entries) const;
-  Axis bestAxis(std::span<const Entry> some, std::span<const Entry> others, double& share);
-  void findReaches(std::span<const Entry> entries, const Axis& axis, std::size_t most,
-                   std::vector<Reach>& reaches) const;
-  void sweep(std::span<const Entry> entries, const Axis& axis);
-  void sweepBetween(std::span<const Entry> some, std::span<const Entry> others, const Axis& axis);
+  Axes bestAxes(std::span<const Entry> some, std::span<const Entry> others) const;
+  Reach reachOf(const Entry& entry, const Axis& axis) const;
+  void findSwept(std::span<const Entry> entries, const Axes& axes, std::vector<Swept>& swept) const;
+  void sweep(std::span<const Entry> entries, const Axes& axes);
+  void sweepBetween(std::span<const Entry> some, std::span<const Entry> others, const Axes& axes);
 
   VEXChainStore& chains_;
   VEXSegmentComparer comparer_;
@@ -77,7 +92,7 @@ class VEXSquareComparer {
   bool isSingle_;
   std::vector<std::uint32_t> equals_;       // segments that are equal to others, those of one place side by side
   std::vector<std::uint32_t> equalStarts_;  // of each place in equals_, and the end
-  std::vector<Reach> reaches_, otherReaches_;
+  std::vector<Swept> swept_, otherSwept_;
   std::vector<Course> courses_;
   std::vector<Entry> parted_;
 };
