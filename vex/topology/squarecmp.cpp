@@ -19,8 +19,7 @@ constexpr std::size_t kPencilTries = 8;
 constexpr std::size_t kFamilies = 8;
 constexpr double kSparseShare = 0.0625;  // pairs that overlap along an axis, of all: so few are just gone through
 
-bool isBoxBefore(const Entry& a, const Entry& b) {
-  if (a.minX != b.minX) return a.minX < b.minX;
+bool isRestOfBoxBefore(const Entry& a, const Entry& b) {
   return std::tie(a.minY, a.maxX, a.maxY, a.number) < std::tie(b.minY, b.maxX, b.maxY, b.number);
 }
 
@@ -65,7 +64,9 @@ void VEXSquareComparer::compareAll(std::span<Entry> entries) {
         if (isWanted(entries[j], entries[i])) comparer_.compare(entries[j].number, entries[i].number);
     return;
   }
-  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return isBoxBefore(a, b); });
+  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+    return a.minX != b.minX ? a.minX < b.minX : isRestOfBoxBefore(a, b);
+  });
   const std::size_t numPlaces = joinEquals(entries);
   compareCrowd(entries.first(numPlaces));
 }
