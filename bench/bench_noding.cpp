@@ -1,6 +1,8 @@
 // Noding of crossing street lines beside GEOS: seconds, records a second, peak memory and pieces, each measurement in a
-// process of its own. bench_noding [who[,who...] [lines...]]; without arguments all of them. The peers' times leave out
-// the making of their geometry, ours hold the adding of lines and the reading of all pieces.
+// process of its own. bench_noding [--data kind] [who[,who...] [lines...]]; without arguments all of them. The peers'
+// times leave out the making of their geometry, ours hold the adding of lines and the reading of all pieces. Kinds
+// other than streets are hopeless for a grid: nested squares, copies of one polygon, stars of lines through a point or
+// from it, and strips, parallel lines that another crosses.
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -68,6 +70,39 @@ Streets makeStreets(std::size_t count) {
     streets.starts.push_back(streets.xs.size());
   }
   return streets;
+}
+
+// Lines that no grid parts; false when there is no such kind.
+bool makeCrowd(const std::string& kind, std::size_t count, Streets& lines) {
+  auto add = [&](double x, double y) {
+    lines.xs.push_back(400000.0 + x);
+    lines.ys.push_back(5500000.0 + y);
+  };
+  lines.starts.push_back(0);
+  for (std::size_t i = 0; i < count; ++i) {
+    const double at = static_cast<double>(i), part = at / static_cast<double>(count);
+    if (kind == "squares") {
+      for (int corner : {0, 1, 2, 3, 0})
+        add(corner == 1 || corner == 2 ? at + 1 : -at - 1, corner >= 2 ? at + 1 : -at - 1);
+    } else if (kind == "copies") {
+      for (int corner = 0; corner <= 12; ++corner)
+        add(100 * std::cos(0.5236 * (corner % 12)), 100 * std::sin(0.5236 * (corner % 12)));
+    } else if (kind == "star") {
+      const double dx = 70 * std::cos(3.14159265 * part), dy = 70 * std::sin(3.14159265 * part);
+      add(-dx, -dy);
+      add(dx, dy);
+    } else if (kind == "spokes") {
+      add(0, 0);
+      add(70 * std::cos(6.2831853 * part), 70 * std::sin(6.2831853 * part));
+    } else if (kind == "strips") {
+      add(i == 0 ? 300 : 0, i == 0 ? -1 : 0.01 * at);
+      add(i == 0 ? 310 : 1000, i == 0 ? 0.01 * static_cast<double>(count) + 200 : 0.01 * at + 100);
+    } else {
+      return false;
+    }
+    lines.starts.push_back(lines.xs.size());
+  }
+  return true;
 }
 
 struct Outcome {
@@ -156,12 +191,16 @@ struct Runner {
 };
 
 // Runs in a child, so that each has a peak memory of its own.
-void measure(const Runner& runner, std::size_t numLines) {
+void measure(const Runner& runner, const std::string& kind, std::size_t numLines) {
   int ends[2];
   if (pipe(ends) != 0) std::exit(1);
   const pid_t child = fork();
   if (child == 0) {
-    const Streets streets = makeStreets(numLines);
+    Streets streets;
+    if (kind == "streets")
+      streets = makeStreets(numLines);
+    else if (!makeCrowd(kind, numLines, streets))
+      _exit(1);
     const Outcome outcome = runner.run(streets);
     const bool isTold = write(ends[1], &outcome, sizeof outcome) == static_cast<ssize_t>(sizeof outcome);
     _exit(isTold ? 0 : 1);
@@ -193,6 +232,12 @@ int main(int argc, char** argv) {
       {"UnaryUnion", 200'000, [](const Streets& streets) { return runThroughC(streets, GEOSUnaryUnion_r); }},
 #endif
   };
+  std::string kind = "streets";
+  if (argc > 2 && std::strcmp(argv[1], "--data") == 0) {
+    kind = argv[2];
+    argc -= 2;
+    argv += 2;
+  }
   const std::string wanted = argc > 1 ? "," + std::string(argv[1]) + "," : "";
   std::vector<std::size_t> sizes;
   for (int i = 2; i < argc; ++i) sizes.push_back(std::strtoul(argv[i], nullptr, 10));
@@ -203,7 +248,7 @@ int main(int argc, char** argv) {
       if (wanted.empty() ? numLines > runner.mostLines
                          : wanted.find("," + std::string(runner.name) + ",") == std::string::npos)
         continue;
-      measure(runner, numLines);
+      measure(runner, kind, numLines);
     }
   return 0;
 }

@@ -6,7 +6,7 @@
 
 #include "vex/inc/numtext.h"
 #include "vex/inc/vexassert.h"
-#include "vex/topology/segmeet.h"
+#include "vex/topology/squarecmp.h"
 #include "vex/topology/vexchain.h"
 
 namespace {
@@ -17,7 +17,6 @@ constexpr int kMostRounds = 10;
 // The first rounds take points that are equal in single precision for one. The later ones only repair.
 constexpr int kSingleRounds = 2;
 constexpr std::size_t kWorkUnits = 250;
-constexpr std::size_t kFewToScan = 48;  // entries of a square that are compared without being sorted
 
 bool isSound(VEXOrdinates values) {
   for (double value : values)
@@ -38,13 +37,6 @@ struct VEXLineIntersector::Work {
   const VEXGridParms* parmsFor(std::span<const VEXSpatialGridCore::Entry> entries) const;
   void findConcerned(std::vector<std::uint32_t>& segments) const;
   void runRound(int round);
-  void compareAll(std::span<VEXSpatialGridCore::Entry> entries);
-  void compare(std::uint32_t one, std::uint32_t other);
-  void compareNear(std::uint32_t one, std::uint32_t other, const VEXSegment& s, const VEXSegment& t, double tolerance);
-  void addCrossing(std::uint32_t one, std::uint32_t other, const VEXSegment& s, const VEXSegment& t, double tolerance,
-                   bool isNarrow);
-  bool areNeighbours(std::uint32_t endCoord, std::uint32_t startCoord) const;
-  bool isRingJoint(std::uint32_t firstSegment, std::uint32_t lastSegment) const;
   void report(std::size_t done, std::size_t total);
 
   VEXIntersectorParms parms;
@@ -52,8 +44,6 @@ struct VEXLineIntersector::Work {
   std::optional<VEXPieceCutter> cutter;
   std::int32_t numInputs = 0;
   bool isComputed = false;
-  bool takesAll = true;  // the first round compares all segments, the others those that are dirty with all
-  bool isSingle = true;
   std::size_t numUnresolved = 0;
   VEXProgress progress;
   std::size_t lastUnit = 0;
@@ -145,107 +135,6 @@ void VEXLineIntersector::reserve(std::size_t numLines, std::size_t numCoords) {
 
 // ---- finding meetings ----
 
-// True when a chain goes on from the one coordinate to the other without going anywhere.
-bool VEXLineIntersector::Work::areNeighbours(std::uint32_t endCoord, std::uint32_t startCoord) const {
-  if (endCoord == startCoord) return true;
-  if (startCoord < endCoord) return false;
-  const VEXOrdinates xs = chains.xs(), ys = chains.ys();
-  for (std::uint32_t at = endCoord; at < startCoord; ++at)
-    if (xs[at] != xs[at + 1] || ys[at] != ys[at + 1]) return false;
-  return chains.chainOf(endCoord) == chains.chainOf(startCoord);
-}
-
-// True when a ring closes between the two segments.
-bool VEXLineIntersector::Work::isRingJoint(std::uint32_t firstSegment, std::uint32_t lastSegment) const {
-  const std::size_t number = chains.chainOf(firstSegment);
-  const std::uint32_t end = chains.endOf(number);
-  if (!chains.chain(number).isRing || lastSegment >= end) return false;
-  return areNeighbours(chains.chain(number).first, firstSegment) && areNeighbours(lastSegment + 1, end - 1);
-}
-
-void VEXLineIntersector::Work::addCrossing(std::uint32_t one, std::uint32_t other, const VEXSegment& s,
-                                           const VEXSegment& t, double tolerance, bool isNarrow) {
-  double x, y;
-  const double times = crossingOf(s, t, x, y);
-  chains.addCrossing(one, other, x, y, tolerance * times, isSingle);
-  if (isNarrow) {
-    chains.markDirty(one);
-    chains.markDirty(other);
-  }
-}
-
-void VEXLineIntersector::Work::compare(std::uint32_t one, std::uint32_t other) {
-  if (other < one) std::swap(one, other);
-  const VEXSegment s = chains.segment(one), t = chains.segment(other);
-  if (other == one + 1 && goesOnClearly(s, t)) return;
-  const double sizeS = sizeOf(s), sizeT = sizeOf(t);
-  // A piece knows its ends no better than they were computed, however small its own coordinates are.
-  const double tolerance = takesAll ? kPlaceTolerance * std::min(sizeS, sizeT)
-                                    : std::min(std::max(kPlaceTolerance * sizeS, chains.toleranceOf(one)),
-                                               std::max(kPlaceTolerance * sizeT, chains.toleranceOf(other)));
-  VEXEndPair pair;
-  switch (quickMeeting(s, t, tolerance, pair)) {
-    case VEXMeeting::None:
-      return;
-    case VEXMeeting::Cross:
-      // Points on the segment of larger coordinates are off by more than the other's tolerance.
-      addCrossing(one, other, s, t, tolerance, pair.isNarrow || sizeS > 4.0 * sizeT || sizeT > 4.0 * sizeS);
-      return;
-    case VEXMeeting::Ends: {
-      const std::uint32_t first = one + pair.firstEnd, second = other + pair.secondEnd;
-      if (chains.nodeAt(first) != kNoNode && chains.nodeAt(first) == chains.nodeAt(second)) return;
-      if (pair.firstEnd && !pair.secondEnd && areNeighbours(first, second)) return;
-      if (!pair.firstEnd && pair.secondEnd && isRingJoint(one, other)) return;
-      chains.link(first, second);
-      return;
-    }
-    case VEXMeeting::Near:
-      compareNear(one, other, s, t, tolerance);
-      return;
-  }
-}
-
-void VEXLineIntersector::Work::compareNear(std::uint32_t one, std::uint32_t other, const VEXSegment& s,
-                                           const VEXSegment& t, double tolerance) {
-  VEXNearMeeting near = nearMeeting(s, t, tolerance);
-  if (near.isCrossing) return addCrossing(one, other, s, t, tolerance, true);
-  if (!near.any()) return;
-  // Segments in succession share an end; that counts only when one folds back on the other.
-  if (s.x2 == t.x1 && s.y2 == t.y1 && areNeighbours(one + 1, other) && !near.firstStart && !near.secondEnd) return;
-  if (s.x1 == t.x2 && s.y1 == t.y2 && isRingJoint(one, other) && !near.firstEnd && !near.secondStart) return;
-  auto thread = [&](bool isOn, std::uint32_t coord, std::uint32_t segment) {
-    if (isOn)
-      chains.thread(chains.makeNodeAt(coord), chains.xs()[coord], chains.ys()[coord], segment, tolerance, isSingle);
-  };
-  thread(near.firstStart, one, other);
-  thread(near.firstEnd, one + 1, other);
-  thread(near.secondStart, other, one);
-  thread(near.secondEnd, other + 1, one);
-  if (near.isInexact) {
-    chains.markDirty(one);
-    chains.markDirty(other);
-  }
-}
-
-void VEXLineIntersector::Work::compareAll(std::span<VEXSpatialGridCore::Entry> entries) {
-  using Entry = VEXSpatialGridCore::Entry;
-  auto compareIf = [&](const Entry& a, const Entry& b) {
-    if (a.minX <= b.maxX && b.minX <= a.maxX && a.minY <= b.maxY && b.minY <= a.maxY &&
-        VEXSpatialGridCore::isPairOfSquare(a, b) && (takesAll || chains.isDirty(a.number) || chains.isDirty(b.number)))
-      compare(a.number, b.number);
-  };
-  const std::size_t count = entries.size();
-  if (count <= kFewToScan) {
-    for (std::size_t i = 1; i < count; ++i)
-      for (std::size_t j = 0; j < i; ++j) compareIf(entries[j], entries[i]);
-    return;
-  }
-  std::sort(entries.begin(), entries.end(),
-            [](const Entry& a, const Entry& b) { return a.minX != b.minX ? a.minX < b.minX : a.number < b.number; });
-  for (std::size_t i = 0; i < count; ++i)
-    for (std::size_t j = i + 1; j < count && entries[j].minX <= entries[i].maxX; ++j) compareIf(entries[i], entries[j]);
-}
-
 // A crowded square that only one or two chains pass is that of long chains: their own parameters hold, and so long as
 // the product of their segment counts is small they are just walked.
 const VEXGridParms* VEXLineIntersector::Work::parmsFor(std::span<const VEXSpatialGridCore::Entry> entries) const {
@@ -317,8 +206,8 @@ void VEXLineIntersector::Work::fillGrid(VEXSpatialGridCore& grid, ForEach&& forE
 }
 
 void VEXLineIntersector::Work::runRound(int round) {
-  takesAll = round == 0;
-  isSingle = round < kSingleRounds;
+  const bool takesAll = round == 0;  // the others compare those that are dirty with all
+  VEXSquareComparer comparer(chains, takesAll, round < kSingleRounds);
   VEXSpatialGridCore grid(chains.xs(), chains.ys(), parms.grid);
   if (takesAll) {
     fillGrid(grid, [&](auto&& enter) { chains.forEachSegment(enter); });
@@ -329,7 +218,7 @@ void VEXLineIntersector::Work::runRound(int round) {
   }
   const std::size_t total = grid.numEntered();
   std::size_t done = 0;
-  grid.visit([&](std::span<VEXSpatialGridCore::Entry> entries) { compareAll(entries); },
+  grid.visit([&](std::span<VEXSpatialGridCore::Entry> entries) { comparer.compareAll(entries); },
              [&](std::size_t count) {
                done += count;
                if (takesAll && done < total) report(done, total);

@@ -76,7 +76,7 @@ void VEXPieceCutter::addShared(const std::vector<std::uint32_t>& segments, std::
 void VEXPieceCutter::countArms() {
   numArms_.assign(chains_.numNodes(), 0);
   auto count = [&](std::uint32_t node) {
-    if (node != kNoNode && numArms_[node] < 3) ++numArms_[node];
+    if (node != kNoNode && numArms_[node] < kMoreArms) ++numArms_[node];
   };
   for (std::size_t c = 0; c < chains_.numChains(); ++c)
     for (std::uint32_t at = chains_.chain(c).first, end = chains_.endOf(c); at + 1 < end; ++at)
@@ -89,24 +89,30 @@ void VEXPieceCutter::countArms() {
 bool VEXPieceCutter::isBreak(std::uint32_t before, std::uint32_t after) const {
   const std::uint32_t node = chains_.nodeAt(after);
   if (node == kNoNode) return false;
-  if (numArms_[node] != 2 || isGiven(before) != isGiven(after)) return true;
+  std::uint8_t& arms = numArms_[node];
+  if (arms < 2 || arms == kMoreArms || isGiven(before) != isGiven(after)) return true;
   const std::uint32_t one = sharedAt(before), two = sharedAt(after);
   if (one == kNotShared || two == kNotShared) return one != two;
-  // Where the same chains run on side by side, nothing ends.
-  const Shared& a = shareds_[one];
-  const Shared& b = shareds_[two];
+  const bool isSameWay = directionOf(before) == directionOf(after);
+  if (one == two) return !hasSameChains(shareds_[one], shareds_[two], isSameWay);
+  // Every chain that passes here has the same answer, whatever way it runs.
+  if (arms == 2) arms = hasSameChains(shareds_[one], shareds_[two], isSameWay) ? kArmsGoOn : kArmsEnd;
+  return arms == kArmsEnd;
+}
+
+// Where the same chains run on side by side, nothing ends.
+bool VEXPieceCutter::hasSameChains(const Shared& a, const Shared& b, bool isSameWay) const {
   const std::uint32_t count = a.endChain - a.firstChain;
-  if (count != b.endChain - b.firstChain) return true;
-  const int turn = directionOf(before) * directionOf(after);
-  if (turn > 0)
-    return !std::equal(sharedChains_.begin() + a.firstChain, sharedChains_.begin() + a.endChain,
-                       sharedChains_.begin() + b.firstChain);
+  if (count != b.endChain - b.firstChain) return false;
+  if (isSameWay)
+    return std::equal(sharedChains_.begin() + a.firstChain, sharedChains_.begin() + a.endChain,
+                      sharedChains_.begin() + b.firstChain);
   std::vector<std::int32_t> turned(sharedChains_.begin() + b.firstChain, sharedChains_.begin() + b.endChain);
   for (std::int32_t& id : turned) id = -id;
   std::sort(turned.begin(), turned.end(), [](std::int32_t x, std::int32_t y) {
     return std::abs(x) != std::abs(y) ? std::abs(x) < std::abs(y) : x < y;
   });
-  return !std::equal(turned.begin(), turned.end(), sharedChains_.begin() + a.firstChain);
+  return std::equal(turned.begin(), turned.end(), sharedChains_.begin() + a.firstChain);
 }
 
 // Sets a chain to work; false when there is none left.

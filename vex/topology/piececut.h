@@ -70,6 +70,7 @@ class VEXPieceCutter {
   // +1 when the segment runs from its lower node to the higher.
   int directionOf(std::uint32_t segment) const;
   bool isBreak(std::uint32_t before, std::uint32_t after) const;  // between two segments in succession
+  bool hasSameChains(const Shared& a, const Shared& b, bool isSameWay) const;
   bool beginChain();
   void setIds(std::uint32_t segment);
   bool nextStretch(std::uint32_t& from, std::uint32_t& to);
@@ -80,7 +81,10 @@ class VEXPieceCutter {
   std::vector<std::uint32_t> sharedOf_;  // by segment; empty when nothing is shared
   std::vector<Shared> shareds_;
   std::vector<std::int32_t> sharedChains_;  // signed by the direction from the lower node to the higher; each pass
-  std::vector<std::uint8_t> numArms_;       // by node: segments of different course that end there, 3 for more
+  // By node: segments of different course that end there, 3 for more. Of two, once it is known, whether the same chains
+  // go on from the one to the other.
+  static constexpr std::uint8_t kMoreArms = 3, kArmsGoOn = 4, kArmsEnd = 5;
+  mutable std::vector<std::uint8_t> numArms_;
 
   std::size_t chain_ = 0;    // at work
   std::uint32_t first_ = 0;  // its first coordinate, and its last
