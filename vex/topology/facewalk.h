@@ -90,9 +90,9 @@ class VEXFaceWalk {
   // The face at hand: its half edges and the rings they make, the shell first.
   std::vector<std::uint32_t> halves_;
   std::vector<Ring> rings_;
-  bool hasBridge_ = false;            // an arc stands twice in it
-  bool touchesItself_ = false;        // a node does
-  bool isGathered_ = false;           // its one ring stands in x_, y_ and z_ as it is
+  bool hasBridge_ = false;      // an arc stands twice in it
+  bool touchesItself_ = false;  // a node does
+  bool isGathered_ = false;     // its one ring stands in x_, y_ and z_ as it is
   bool wasTrimmed_ = false;
   std::vector<std::uint32_t> stamp_;  // per node: the face that met it last
   std::vector<std::uint32_t> place_;  // per node: where it stands among the half edges that are not cut off yet
