@@ -95,8 +95,8 @@ class PolygonFactory final : public VEXFactory {
       reject(kNotLinear, VEXFeature::geomTypeName(feature->geomType()), feature);
       return nullptr;
     }
-    if (feature->numCoords() < 2) {
-      reject(kTooShort, integerText(static_cast<std::int64_t>(feature->numCoords())), feature);
+    if (!hasLength(*feature)) {
+      reject(kTooShort, feature->numCoords() == 0 ? "0" : "1", feature);
       return nullptr;
     }
     return extendStatus(held_.add(feature));
@@ -109,6 +109,13 @@ class PolygonFactory final : public VEXFactory {
     for (const VEXLineRange& range : ranges)
       if (range.code != VEX_GEOM_LINE && range.code != VEX_GEOM_MULTI_LINE) return false;
     return true;
+  }
+
+  static bool hasLength(const VEXFeature& feature) {
+    const VEXOrdinates xs = VEXLine::viewOf(feature).xs(), ys = VEXLine::viewOf(feature).ys();
+    for (std::size_t at = 1; at < xs.size(); ++at)
+      if (xs[at] != xs[0] || ys[at] != ys[0]) return true;
+    return false;
   }
 
   void reject(std::uint32_t number, std::string_view reason, VEXFeaturePtr& feature) {

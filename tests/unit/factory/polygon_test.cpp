@@ -25,9 +25,10 @@ TEST(PolygonFactory, FormsPolygonsOfLines) {
             "open {k=y} line 4 4, 0 4, 0 0",
             end + "4 input features, Formed 1 polygon, 2 line segments did not close and 0 were rejected"},
            {noding + outputs,
-            {"b point 1 1", "c line 1 1", "d polygon 0 0, 1 0, 1 1, 0 0", "e line 0 0, nan 1", "f aggregate 2 9, 1 1"},
+            {"b point 1 1", "c line 1 1", "d polygon 0 0, 1 0, 1 1, 0 0", "e line 0 0, nan 1", "f aggregate 2 9, 1 1",
+             "g line 3 3, 3 3, 3 3"},
             "",
-            end + "5 input features, Formed 0 polygons, 0 line segments did not close and 5 were rejected"},
+            end + "6 input features, Formed 0 polygons, 0 line segments did not close and 6 were rejected"},
            {noding + outputs, {}, "", end + "0 input features, Formed 0 polygons"}});
   }
   // A line that crosses itself where it was said not to is rejected, once; what is apart from it is formed.
