@@ -70,18 +70,23 @@ VEXStatus VEXDissolver::addArea(const VEXLine& area, std::int32_t number) {
 void VEXDissolver::joinRings(const VEXLine& area, const std::vector<std::size_t>& added) {
   auto xs = [&](std::size_t at) { return area.xs().subspan(rings_[at].first, rings_[at].count); };
   auto ys = [&](std::size_t at) { return area.ys().subspan(rings_[at].first, rings_[at].count); };
+  struct Shell {
+    std::size_t ring;
+    double area;
+  };
+  std::vector<Shell> shells;
+  for (std::size_t ring = 0; ring < rings_.size(); ++ring)
+    if (!isHole_[ring] && added[ring] != SIZE_MAX) shells.push_back({ring, ringArea(xs(ring), ys(ring))});
+  const bool isDonut = area.geomType() == VEX_GEOM_DONUT;
   for (std::size_t hole = 0; hole < rings_.size(); ++hole) {
     if (!isHole_[hole] || added[hole] == SIZE_MAX) continue;
-    std::size_t best = SIZE_MAX;
-    double bestArea = 0.0;
-    for (std::size_t shell = 0; shell < rings_.size(); ++shell) {
-      if (isHole_[shell] || added[shell] == SIZE_MAX) continue;
-      if (area.geomType() != VEX_GEOM_DONUT && !isPointInRing(xs(shell), ys(shell), xs(hole)[0], ys(hole)[0])) continue;
-      const double size = ringArea(xs(shell), ys(shell));
-      if (best == SIZE_MAX || size < bestArea) best = shell;
-      if (best == shell) bestArea = size;
+    const Shell* best = nullptr;
+    for (const Shell& shell : shells) {
+      if (best != nullptr && shell.area >= best->area) continue;
+      if (isDonut || isPointInRing(xs(shell.ring), ys(shell.ring), xs(hole)[0], ys(hole)[0])) best = &shell;
     }
-    if (best != SIZE_MAX) noded_->join(static_cast<std::int32_t>(added[hole]), static_cast<std::int32_t>(added[best]));
+    if (best != nullptr)
+      noded_->join(static_cast<std::int32_t>(added[hole]), static_cast<std::int32_t>(added[best->ring]));
   }
 }
 
