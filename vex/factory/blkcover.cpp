@@ -31,7 +31,7 @@ void VEXBlockCover::addRing(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, s
 double* VEXBlockCover::makeRoom(std::size_t numValues) {
   constexpr std::size_t kSmallLot = std::size_t{1} << 9, kLot = std::size_t{1} << 16;
   if (numValues > roomLeft_) {
-    roomLeft_ = lotSize_ = std::max(std::clamp(2 * numCoords_, kSmallLot, kLot), numValues);
+    roomLeft_ = lotSize_ = std::max(std::clamp(numCoords_ / 4, kSmallLot, kLot), numValues);
     values_.push_back(std::make_unique_for_overwrite<double[]>(lotSize_));
   }
   double* const room = values_.back().get() + (lotSize_ - roomLeft_);
