@@ -92,6 +92,7 @@ void VEXBlockCover::beginTaking() {
   ids_.clear();
   numInterior_ = 0;
   openEnds_ = 0;
+  isAnyLost_ = false;
 }
 
 VEXStatus VEXBlockCover::compute() {
@@ -217,7 +218,7 @@ void VEXBlockCover::numberParts(const VEXFeatureCover& cover, std::size_t block,
 bool VEXBlockCover::fitsTogether() const {
   for (const auto& [feature, parts] : manyParts_)
     if (numBlocksNear(feature) != parts.numBlocks) return false;
-  return openEnds_ == 0;
+  return openEnds_ == 0 && !isAnyLost_;
 }
 
 // ---- pieces ----
@@ -265,15 +266,20 @@ void VEXBlockCover::take(const VEXCoverPiece& piece, bool isOwn) {
     isSeen_[part] = true;
   }
   if (!isOwn) return;
-  if (piece.coversLeft && piece.coversRight) {
-    numInterior_ += isClosed(piece) ? 2 : 1;  // a graph cuts rings in two
-    if (!keepsInterior_) return;
-    keep(piece, 0);
-    noteEnds(piece);
-  } else if (piece.coversLeft || piece.coversRight) {
-    noteEnds(piece);
+  const bool isOutline = piece.coversLeft != piece.coversRight;
+  if (keepsInterior_ || isOutline) noteEnds(piece);
+  if (isOutline) {
     // What covers one side only is beside the piece.
-    keep(piece, regionPart_[piece.coversRight ? piece.rightRegion : piece.leftRegion]);
+    std::uint32_t part = regionPart_[piece.coversRight ? piece.rightRegion : piece.leftRegion];
+    if (part == kNone) {
+      part = blockRings_[static_cast<std::size_t>(piece.chainIds[0]) - 1];
+      isSeen_[part] = true;
+      isAnyLost_ = true;
+    }
+    keep(piece, part);
+  } else if (piece.coversLeft) {
+    numInterior_ += isClosed(piece) ? 2 : 1;  // a graph cuts rings in two
+    if (keepsInterior_) keep(piece, 0);
   }
 }
 

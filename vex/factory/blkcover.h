@@ -133,6 +133,7 @@ class VEXBlockCover {
   std::vector<std::int32_t> ids_;
   std::int64_t numInterior_ = 0;
   std::uint64_t openEnds_ = 0;  // 0: pieces that were kept hang together
+  bool isAnyLost_ = false;      // a piece whose feature is not near
 
   std::vector<VEXTopologyFault> faults_;
   std::vector<std::int32_t> faulty_;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "vex/src/plangeom.h"
+#include "vex/topology/orient.h"
 
 namespace {
 
@@ -17,6 +18,7 @@ constexpr std::size_t kManyCoords = std::size_t{1} << 20;  // from here on memor
 VEXStatus VEXFeatureCover::addRing(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, std::int32_t number) {
   VEX_TRY(intersector_->addLine(xs, ys, zs));
   features_.push_back(number);
+  directions_.push_back(static_cast<std::int8_t>(ringDirection(xs, ys)));
   return nullptr;
 }
 
@@ -53,20 +55,25 @@ VEXStatus VEXFeatureCover::compute() {
 
 // A feature whose rings meet neither themselves nor each other covers what lies on the right of them, once. Only those
 // that come to a node twice may have a loop that is turned, and what runs out and back on one segment covers nothing.
-// The chains of one feature lie side by side.
+// Places that are one in single precision may turn a ring as small as these. The chains of one feature lie side by
+// side.
 void VEXFeatureCover::findSelfMeetings() {
   const VEXChainStore& chains = intersector_->chains();
   std::vector<std::int32_t> lastFeature(chains.numNodes(), -1);
   for (std::size_t chain = 0; chain < features_.size(); ++chain) {
     const std::int32_t feature = features_[chain];
     const std::uint32_t first = chains.chain(chain).first, end = chains.endOf(chain);
-    bool isMet = end - first < kFewestOfRing;
+    bool isMet = end - first < kFewestOfRing, isCut = false;
     for (std::uint32_t at = first; at + 1 < end; ++at) {
       const std::uint32_t node = chains.nodeAt(at);
       if (node == kNoNode) continue;
       isMet = isMet || lastFeature[node] == feature;
       lastFeature[node] = feature;
+      isCut = true;
     }
+    if (isCut && !isMet)
+      isMet = directions_[chain] == 0 || directions_[chain] != ringDirection(chains.xs().subspan(first, end - first),
+                                                                             chains.ys().subspan(first, end - first));
     if (isMet && (doubted_.empty() || doubted_.back() != feature)) doubted_.push_back(feature);
   }
 }

@@ -82,7 +82,8 @@ class VEXFeatureCover {
 
   std::optional<VEXLineIntersector> intersector_{std::in_place};
   std::optional<VEXCoverGraph> graph_{std::in_place, intersector_->chains()};
-  std::vector<std::int32_t> features_;  // by chain
+  std::vector<std::int32_t> features_;   // by chain
+  std::vector<std::int8_t> directions_;  // of the rings before they are noded, by chain
   std::vector<std::int32_t> doubted_;
   std::vector<bool> isDoubtful_;  // by chain; empty when none is
   std::vector<Sides> sides_;      // by piece

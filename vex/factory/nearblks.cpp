@@ -63,7 +63,7 @@ VEXNearBlocks::Box VEXNearBlocks::extentOfAll() const {
 
 void VEXNearBlocks::Net::span(const Box& extent) {
   extent_ = extent;
-  isMarked_.assign(std::size_t{kSide} * kSide, false);
+  sums_.assign(std::size_t{kSide + 1} * (kSide + 1), 0);
 }
 
 VEXNearBlocks::Net::Squares VEXNearBlocks::Net::squaresOf(const Box& box) const {
@@ -75,59 +75,72 @@ VEXNearBlocks::Net::Squares VEXNearBlocks::Net::squaresOf(const Box& box) const 
           indexOf(box.maxX, extent_.minX, extent_.width()), indexOf(box.maxY, extent_.minY, extent_.height())};
 }
 
-// Stretch by stretch, each about as long as a square is wide.
-void VEXNearBlocks::Net::mark(const VEXSegment& segment, float byX, float byY) {
+// Stretch by stretch, each about as long as a square is wide. Until all are added up a sum is 1 or 0, that of the
+// square before it.
+void VEXNearBlocks::Net::mark(const VEXSegment& segment) {
   const double dx = segment.x2 - segment.x1, dy = segment.y2 - segment.y1;
   const double squaresX = extent_.width() > 0.0F ? std::fabs(dx) / static_cast<double>(extent_.width()) : 0.0;
   const double squaresY = extent_.height() > 0.0F ? std::fabs(dy) / static_cast<double>(extent_.height()) : 0.0;
   const double count = std::floor(std::min(std::max(squaresX, squaresY), 1.0) * kSide) + 1.0;
-  for (double at = 0.0; at < count; at += 1.0) {
-    const double x1 = segment.x1 + dx * (at / count), x2 = segment.x1 + dx * ((at + 1.0) / count);
-    const double y1 = segment.y1 + dy * (at / count), y2 = segment.y1 + dy * ((at + 1.0) / count);
+  for (double i = 0.0; i < count; i += 1.0) {
+    const double x1 = segment.x1 + dx * (i / count), x2 = segment.x1 + dx * ((i + 1.0) / count);
+    const double y1 = segment.y1 + dy * (i / count), y2 = segment.y1 + dy * ((i + 1.0) / count);
     const VEXBox box{std::min(x1, x2), std::min(y1, y2), kNoZ, std::max(x1, x2), std::max(y1, y2), kNoZ};
-    const Squares squares = squaresOf(boxOf(box).grown(byX, byY));
-    for (std::size_t row = squares.row1; row <= squares.row2; ++row)
-      for (std::size_t col = squares.col1; col <= squares.col2; ++col) isMarked_[row * kSide + col] = true;
+    const Squares squares = squaresOf(boxOf(box));
+    for (std::uint32_t row = squares.row1; row <= squares.row2; ++row)
+      for (std::uint32_t col = squares.col1; col <= squares.col2; ++col) sums_[at(row + 1, col + 1)] = 1;
   }
+}
+
+void VEXNearBlocks::Net::addUp() {
+  for (std::uint32_t row = 1; row <= kSide; ++row)
+    for (std::uint32_t col = 1; col <= kSide; ++col)
+      sums_[at(row, col)] += sums_[at(row - 1, col)] + sums_[at(row, col - 1)] - sums_[at(row - 1, col - 1)];
 }
 
 bool VEXNearBlocks::Net::meets(const Box& box) const {
   const Squares squares = squaresOf(box);
-  for (std::size_t row = squares.row1; row <= squares.row2; ++row)
-    for (std::size_t col = squares.col1; col <= squares.col2; ++col)
-      if (isMarked_[row * kSide + col]) return true;
-  return false;
+  return sums_[at(squares.row2 + 1, squares.col2 + 1)] - sums_[at(squares.row1, squares.col2 + 1)] !=
+         sums_[at(squares.row2 + 1, squares.col1)] - sums_[at(squares.row1, squares.col1)];
 }
 
 // ---- parting ----
 
-// Those that are larger than a block would be if all were of one size. Should they be many, the others do not matter.
-void VEXNearBlocks::setLargeApart(const ShowSegments& showSegments) {
+// As large as a block would be if all boxes were of one size: a square, unless all lie in a strip that is narrower.
+VEXNearBlocks::Box VEXNearBlocks::blockOfAll() const {
   const Box all = extentOfAll();
-  const float perSide = std::exp2(0.5F * static_cast<float>(depth_));
+  const double numBlocks = std::exp2(static_cast<double>(depth_));
+  const double width = static_cast<double>(all.width()), height = static_cast<double>(all.height());
+  const double side = std::sqrt(width * height / numBlocks);
+  Box block{0.0F, 0.0F, static_cast<float>(side), static_cast<float>(side)};
+  if (height < side) block = {0.0F, 0.0F, static_cast<float>(width / numBlocks), kFar};
+  if (width < side) block = {0.0F, 0.0F, kFar, static_cast<float>(height / numBlocks)};
+  return block;
+}
+
+// Those that are larger than a block. Should they be many, the others do not matter.
+void VEXNearBlocks::setLargeApart() {
+  const Box block = blockOfAll();
   Mean small;
-  std::size_t numLarge = 0;
   for (std::uint32_t number = 0; number < boxes_.size(); ++number) {
     const Box& box = boxes_[number];
-    const bool isLarge = box.width() * perSide > all.width() || box.height() * perSide > all.height();
+    const bool isLarge = box.width() > block.maxX || box.height() > block.maxY;
     leafOf_[number] = isLarge ? kLargeLeaf : 0;
-    if (isLarge)
-      ++numLarge;
-    else
-      small.add(box.width(), box.height());
+    hasLarge_ = hasLarge_ || isLarge;
+    if (!isLarge) small.add(box.width(), box.height());
   }
-  hasLarge_ = numLarge > 0;
+  reach_ = static_cast<float>(largest_) * kReachOfSize;
+  gatherX_ = reach_ + kReachOfWidths * small.width();
+  gatherY_ = reach_ + kReachOfWidths * small.height();
+}
+
+void VEXNearBlocks::markLarge(const ShowSegments& showSegments) {
   if (!hasLarge_) return;
-  nearLarge_.span(all);
-  aroundLarge_.span(all);
-  const float bySize = static_cast<float>(largest_) * kReachOfSize;
-  for (std::uint32_t number = 0; number < boxes_.size(); ++number) {
-    if (leafOf_[number] != kLargeLeaf) continue;
-    showSegments(number, [&](const VEXSegment& segment) {
-      nearLarge_.mark(segment, bySize, bySize);
-      aroundLarge_.mark(segment, bySize + kReachOfWidths * small.width(), bySize + kReachOfWidths * small.height());
-    });
-  }
+  largeLines_.span(extentOfAll());
+  for (std::uint32_t number = 0; number < boxes_.size(); ++number)
+    if (leafOf_[number] == kLargeLeaf)
+      showSegments(number, [this](const VEXSegment& segment) { largeLines_.mark(segment); });
+  largeLines_.addUp();
 }
 
 // Halves by the number of boxes, across the wider side of their centres' extent.
@@ -165,9 +178,8 @@ void VEXNearBlocks::findExtents() {
     extents_[blockOf(number)].add(boxes_[number]);
     means[blockOf(number)].add(boxes_[number].width(), boxes_[number].height());
   }
-  const float bySize = static_cast<float>(largest_) * kReachOfSize;
   for (std::size_t block = 0; block < numHalves(); ++block) {
-    extents_[block] = extents_[block].grown(bySize, bySize);
+    extents_[block] = extents_[block].grown(reach_, reach_);
     const Mean& mean = means[block];
     reaches_.push_back(extents_[block].grown(kReachOfWidths * mean.width(), kReachOfWidths * mean.height()));
   }
@@ -186,12 +198,14 @@ void VEXNearBlocks::part(std::size_t most, const ShowSegments& showSegments) {
   if (!(largest_ <= kLargest)) return;
   while (depth_ < kMostDepth && weight_ >> depth_ > most) ++depth_;
   if (depth_ == 0) return;
-  setLargeApart(showSegments);
+  setLargeApart();
   std::vector<std::uint32_t> order;
   order.reserve(boxes_.size());
   for (std::uint32_t number = 0; number < boxes_.size(); ++number)
     if (leafOf_[number] != kLargeLeaf) order.push_back(number);
   while (depth_ > 0 && order.size() >> depth_ == 0) --depth_;
+  if (depth_ == 0) return;
+  markLarge(showSegments);
   split(order.data(), order.data() + order.size(), depth_, 0);
   for (findExtents(); above_ < depth_ && !sharesLittle(); findExtents()) ++above_;
 }
@@ -200,13 +214,13 @@ void VEXNearBlocks::part(std::size_t most, const ShowSegments& showSegments) {
 
 bool VEXNearBlocks::isNear(std::uint32_t number, std::size_t block) const {
   if (block < numHalves()) return extents_[block].meets(boxes_[number]);
-  return leafOf_[number] == kLargeLeaf || nearLarge_.meets(boxes_[number]);
+  return leafOf_[number] == kLargeLeaf || largeLines_.meets(boxes_[number].grown(reach_, reach_));
 }
 
 bool VEXNearBlocks::isGathered(std::uint32_t number, std::size_t block) const {
   if (numBlocks() == 1) return true;
   if (block < numHalves()) return reaches_[block].meets(boxes_[number]);
-  return leafOf_[number] == kLargeLeaf || aroundLarge_.meets(boxes_[number]);
+  return leafOf_[number] == kLargeLeaf || largeLines_.meets(boxes_[number].grown(gatherX_, gatherY_));
 }
 
 void VEXNearBlocks::gather(std::size_t block, std::vector<std::uint32_t>& numbers) const {

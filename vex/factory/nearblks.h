@@ -44,10 +44,11 @@ class VEXNearBlocks {
     float width() const { return maxX - minX; }
     float height() const { return maxY - minY; }
   };
-  class Net {  // of squares that boxes lie in
+  class Net {  // of squares that lines pass; calls in this order
    public:
     void span(const Box& extent);
-    void mark(const VEXSegment& segment, float byX, float byY);
+    void mark(const VEXSegment& segment);
+    void addUp();
     bool meets(const Box& box) const;
 
    private:
@@ -55,9 +56,10 @@ class VEXNearBlocks {
     struct Squares {
       std::uint32_t col1, row1, col2, row2;
     };
+    static std::size_t at(std::uint32_t row, std::uint32_t col) { return row * std::size_t{kSide + 1} + col; }
     Squares squaresOf(const Box& box) const;
     Box extent_{};
-    std::vector<bool> isMarked_;
+    std::vector<std::uint32_t> sums_;  // marked squares below the row and left of the column
   };
   static constexpr std::uint32_t kMostDepth = 7;
   static constexpr std::uint8_t kLargeLeaf = 255;
@@ -65,7 +67,9 @@ class VEXNearBlocks {
   static Box boxOf(const VEXBox& box);
   std::size_t numHalves() const { return std::size_t{1} << (depth_ - above_); }
   Box extentOfAll() const;
-  void setLargeApart(const ShowSegments& showSegments);
+  Box blockOfAll() const;
+  void setLargeApart();
+  void markLarge(const ShowSegments& showSegments);
   void split(std::uint32_t* first, std::uint32_t* last, std::uint32_t depth, std::uint32_t leaf);
   void findExtents();
   bool isGathered(std::uint32_t number, std::size_t block) const;
@@ -77,7 +81,9 @@ class VEXNearBlocks {
   std::vector<Box> extents_;          // by block: what meets it is near
   std::vector<Box> reaches_;          // by block: what meets it is gathered
   bool hasLarge_ = false;
-  Net nearLarge_, aroundLarge_;  // the same of the last block
+  Net largeLines_;                         // the same of the last block: what meets them when it is grown
+  float reach_ = 0.0F;                     // by this is near
+  float gatherX_ = 0.0F, gatherY_ = 0.0F;  // by this is gathered
   std::size_t weight_ = 0;
   double largest_ = 0.0;     // of all coordinates
   std::uint32_t depth_ = 0;  // of the tree of halves

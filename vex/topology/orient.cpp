@@ -71,3 +71,17 @@ bool inSameDirection(double fromX, double fromY, double ax, double ay, double bx
   return (ax > fromX) == (bx > fromX) && (ax < fromX) == (bx < fromX) && (ay > fromY) == (by > fromY) &&
          (ay < fromY) == (by < fromY) && orientation(fromX, fromY, ax, ay, bx, by) == 0;
 }
+
+int ringDirection(std::span<const double> xs, std::span<const double> ys) {
+  const std::size_t count = xs.size();
+  if (count < 4) return 0;
+  std::size_t lowest = 0;  // of the leftmost
+  for (std::size_t at = 1; at < count; ++at)
+    if (xs[at] < xs[lowest] || (xs[at] == xs[lowest] && ys[at] < ys[lowest])) lowest = at;
+  auto isThere = [&](std::size_t at) { return xs[at] == xs[lowest] && ys[at] == ys[lowest]; };
+  std::size_t before = lowest, after = lowest;
+  for (std::size_t steps = 0; isThere(before); before = before == 0 ? count - 1 : before - 1)
+    if (steps++ == count) return 0;
+  while (isThere(after)) after = after + 1 == count ? 0 : after + 1;
+  return orientation(xs[before], ys[before], xs[lowest], ys[lowest], xs[after], ys[after]);
+}

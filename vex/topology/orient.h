@@ -3,12 +3,17 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 
 // 1 when c lies to the left of the line from a to b, -1 to the right, 0 on it.
 int orientation(double ax, double ay, double bx, double by, double cx, double cy);
 
 // True when a and b, neither of them equal to `from`, are seen from it in the same direction.
 bool inSameDirection(double fromX, double fromY, double ax, double ay, double bx, double by);
+
+// 1 when a ring that meets itself nowhere runs counter-clockwise, -1 clockwise, exactly. First coordinate equal to
+// last. 0: it turns back on itself at its leftmost place, or lies in one place.
+int ringDirection(std::span<const double> xs, std::span<const double> ys);
 
 // How often a closed line turns counter-clockwise: 1 for a ring that runs so and meets itself nowhere, -1 for a
 // clockwise one. First coordinate equal to last, none equal to its successor. Where the line turns back on itself the

@@ -230,6 +230,51 @@ TEST(BlockCover, LargeShapesAmongSmallOnes) {
   }
 }
 
+// Shapes in one row are no larger than blocks only because they are as high as all of it.
+TEST(BlockCover, ARowIsParted) {
+  Rings rings;
+  for (std::int32_t feature = 0; feature < 2000; ++feature) {
+    Ring& ring = rings.emplace_back();
+    ring.feature = feature;
+    const double x = feature, width = feature % 100 == 99 ? 0.9 : 1.01;
+    for (const auto& [dx, y] : {std::pair(0.0, 0.0), {0.0, 1.0}, {width, 1.0}, {width, 0.0}, {0.0, 0.0}})
+      ring.add(x + dx, y);
+  }
+  for (const bool isUpright : {false, true}) {
+    if (isUpright) {
+      for (Ring& ring : rings) {
+        std::swap(ring.xs, ring.ys);
+        std::reverse(ring.xs.begin(), ring.xs.end());
+        std::reverse(ring.ys.begin(), ring.ys.end());
+      }
+    }
+    const Outcome whole = outcomeOf(rings, SIZE_MAX, true), parted = outcomeOf(rings, 1000, true);
+    EXPECT_EQ(parted.numBlocks, 16U);
+    EXPECT_EQ(parted.groups.size(), 20U);
+    EXPECT_TRUE(parted.pieces == whole.pieces);
+    EXPECT_TRUE(parted.groups == whole.groups);
+  }
+}
+
+// A hole along its shell: neither side of what they share is covered, yet it is a part of both rings.
+TEST(BlockCover, RingsOfOneFeatureShareAStretch) {
+  Rings rings = makeField({"", 0, 1, 0.01, 0, 0, false, true}, 30, 1);
+  std::int32_t feature = rings.back().feature;
+  for (int at = 0; at < 25; ++at) {
+    const double x = at % 5 * 6, y = at / 5 * 6;
+    Ring shell, hole;
+    shell.feature = hole.feature = ++feature;
+    for (const auto& [dx, dy] : {std::pair(0, 0), {0, 3}, {3, 3}, {3, 0}, {0, 0}}) shell.add(x + dx, y + dy);
+    for (const auto& [dx, dy] : {std::pair(0, 1), {1, 1}, {1, 2}, {0, 2}, {0, 1}}) hole.add(x + dx, y + dy);
+    rings.push_back(shell);
+    rings.push_back(hole);
+  }
+  const Outcome whole = outcomeOf(rings, SIZE_MAX, true), parted = outcomeOf(rings, 1000, true);
+  EXPECT_GT(parted.numBlocks, 1U);
+  EXPECT_TRUE(parted.pieces == whole.pieces);
+  EXPECT_TRUE(parted.groups == whole.groups);
+}
+
 // Two parts of a feature that no block can tell apart for sure: then all are computed at once.
 TEST(BlockCover, WhatBlocksMayTellDifferentlyIsComputedAtOnce) {
   Rings rings = makeField({"", 0, 1, 0.01, 0, 0, false, true}, 30, 1);

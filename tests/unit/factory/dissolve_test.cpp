@@ -200,6 +200,36 @@ TEST(Dissolver, WhatHasNoAreaIsAMemberOfNothing) {
   EXPECT_EQ(dissolver.memberships(), (std::vector<std::pair<std::int32_t, std::size_t>>{{0, 0}}));
 }
 
+// Shapes hardly larger than a step of single precision: the places that become one turn some of them inside out. That
+// takes nothing from a square around them.
+TEST(Dissolver, WhatNodingTurnsInsideOutCoversStill) {
+  std::size_t numPolygons = 0;
+  for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    Random random(seed);
+    VEXDissolver alone(false, false), inSquare(false, false);
+    constexpr std::int32_t kCount = 300;
+    for (std::int32_t number = 0; number < kCount; ++number) {
+      const double x = 100.0 + 2e-5 * part(random), y = 70.0 + 2e-5 * part(random);
+      const double size = 1e-7 + 6e-7 * part(random), angle = 3.0 * part(random);
+      const double dx = size * std::cos(angle), dy = size * std::sin(angle);
+      const Ring ring = {{x + dx, y + dy}, {x - dy, y + dx}, {x - dx, y - dy}, {x + dy, y - dx}, {x + dx, y + dy}};
+      addTo(alone, {ring}, number);
+      addTo(inSquare, {ring}, number);
+    }
+    addTo(inSquare, {box(99, 69, 101, 71)}, kCount);
+    ASSERT_EQ(alone.dissolve(), nullptr);
+    std::set<std::size_t> withMembers;
+    for (const auto& [number, polygon] : alone.memberships()) withMembers.insert(polygon);
+    EXPECT_EQ(withMembers.size(), alone.polygons().size());
+    numPolygons += alone.polygons().size();
+    ASSERT_EQ(inSquare.dissolve(), nullptr);
+    ASSERT_EQ(inSquare.polygons().size(), 1U);
+    EXPECT_EQ(inSquare.polygons()[0].numCoords(), 5U);
+  }
+  EXPECT_GT(numPolygons, 20U);
+}
+
 // Lines that cross spoil the faces on either side of them; that is one fault.
 TEST(Dissolver, TellsAFaultOnce) {
   struct Row {
