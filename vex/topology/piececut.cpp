@@ -94,10 +94,17 @@ bool VEXPieceCutter::isBreak(std::uint32_t before, std::uint32_t after) const {
   const std::uint32_t one = sharedAt(before), two = sharedAt(after);
   if (one == kNotShared || two == kNotShared) return one != two;
   const bool isSameWay = directionOf(before) == directionOf(after);
-  if (one == two) return !hasSameChains(shareds_[one], shareds_[two], isSameWay);
+  if (one == two) return !isTurnable(shareds_[one]);
   // Every chain that passes here has the same answer, whatever way it runs.
   if (arms == 2) arms = hasSameChains(shareds_[one], shareds_[two], isSameWay) ? kArmsGoOn : kArmsEnd;
   return arms == kArmsEnd;
+}
+
+// True when each chain runs along it as often one way as the other: where it turns back the same chains go on.
+bool VEXPieceCutter::isTurnable(const Shared& shared) const {
+  if (shared.turns == Turns::Unknown)
+    shared.turns = hasSameChains(shared, shared, false) ? Turns::Same : Turns::Different;
+  return shared.turns == Turns::Same;
 }
 
 // Where the same chains run on side by side, nothing ends.

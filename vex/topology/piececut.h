@@ -54,10 +54,12 @@ class VEXPieceCutter {
 
  private:
   static constexpr std::uint32_t kNotShared = 0xffffffffU;
+  enum class Turns : std::uint8_t { Unknown, Same, Different };
   struct Shared {              // a segment that several chains hold, or one several times
     std::uint32_t firstChain;  // in sharedChains_
     std::uint32_t endChain;
-    std::uint32_t firstSegment;  // the first that was met: its chain gives the piece
+    std::uint32_t firstSegment;            // the first that was met: its chain gives the piece
+    mutable Turns turns = Turns::Unknown;  // asked at each turn of a line that runs to and fro
   };
   void findShared();
   void addShared(const std::vector<std::uint32_t>& segments, std::size_t first, std::size_t last);
@@ -70,6 +72,7 @@ class VEXPieceCutter {
   // +1 when the segment runs from its lower node to the higher.
   int directionOf(std::uint32_t segment) const;
   bool isBreak(std::uint32_t before, std::uint32_t after) const;  // between two segments in succession
+  bool isTurnable(const Shared& shared) const;
   bool hasSameChains(const Shared& a, const Shared& b, bool isSameWay) const;
   bool beginChain();
   void setIds(std::uint32_t segment);

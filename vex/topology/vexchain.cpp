@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <tuple>
 
 #include "vex/inc/vexassert.h"
 #include "vex/topology/spatialgridcore.h"
@@ -16,8 +18,15 @@ double sizeOf(double x, double y) {
   return std::max(std::fabs(x), std::fabs(y));
 }
 
+// As many digits as single precision has; beyond its range, too, where all values would be one.
+double inSingle(double value) {
+  constexpr double kMost = std::numeric_limits<float>::max(), kScale = 0x1p-200;
+  return std::fabs(value) < kMost ? static_cast<double>(static_cast<float>(value))
+                                  : static_cast<double>(static_cast<float>(value * kScale)) / kScale;
+}
+
 bool isSameInSingle(double x1, double y1, double x2, double y2) {
-  return static_cast<float>(x1) == static_cast<float>(x2) && static_cast<float>(y1) == static_cast<float>(y2);
+  return inSingle(x1) == inSingle(x2) && inSingle(y1) == inSingle(y2);
 }
 
 }  // namespace
@@ -57,13 +66,32 @@ std::size_t VEXChainStore::chainOf(std::uint32_t coord) const {
 
 namespace {
 
-// A place is where the leftmost of its crossings lies, or else the leftmost of its coordinates: whatever else is noded
-// at the same time, and in which order meetings are found, does not matter.
-void moveTo(VEXChainNode& node, double x, double y, bool isCrossing) {
-  if (isCrossing != (node.isCrossing != 0) ? !isCrossing : node.x < x || (node.x == x && node.y <= y)) return;
+// A place is where that of its crossings lies which is told most finely, of such the leftmost, or else the leftmost of
+// its coordinates: whatever else is noded at the same time, and in which order meetings are found, does not matter. One
+// at a narrow angle may be far off along its lines, and would bend all the others. What rounds before have settled
+// stays: a place that goes on moving drags its segments over others, without end.
+void moveTo(VEXChainNode& node, const VEXChainNode& to) {
+  auto rankOf = [](const VEXChainNode& of) {
+    return std::tuple(of.isCrossing == 0, of.isSettled == 0, of.ownTolerance, of.x, of.y);
+  };
+  if (rankOf(node) <= rankOf(to)) return;
+  node.x = to.x;
+  node.y = to.y;
+  node.ownTolerance = to.ownTolerance;
+  node.isCrossing = to.isCrossing;
+  node.isSettled = to.isSettled;
+}
+
+VEXChainNode nodeOf(std::size_t number, double x, double y, double tolerance, bool isCrossing) {
+  VEXChainNode node{};
   node.x = x;
   node.y = y;
+  node.tolerance = VEXTolerance(tolerance);
+  if (isCrossing) node.ownTolerance = node.tolerance;
+  node.sameAs = number & 0x3fffffffU;
   node.isCrossing = isCrossing ? 1 : 0;
+  node.isSettled = 0;
+  return node;
 }
 
 }  // namespace
@@ -73,7 +101,7 @@ std::uint32_t VEXChainStore::rootOf(std::uint32_t node) {
   while (nodes_[root].sameAs != root) root = nodes_[root].sameAs;
   while (nodes_[node].sameAs != root) {
     const std::uint32_t next = nodes_[node].sameAs;
-    nodes_[node].sameAs = root;
+    nodes_[node].sameAs = root & 0x3fffffffU;
     node = next;
   }
   return root;
@@ -85,22 +113,16 @@ void VEXChainStore::unite(std::uint32_t one, std::uint32_t other) {
   if (one == other) return;
   ++numChanges_;
   if (other < one) std::swap(one, other);
-  const VEXChainNode& joined = nodes_[other];
-  nodes_[other].sameAs = one;
-  moveTo(nodes_[one], joined.x, joined.y, joined.isCrossing != 0);
-  nodes_[one].tolerance = std::max(nodes_[one].tolerance, joined.tolerance);
+  nodes_[other].sameAs = one & 0x3fffffffU;
+  moveTo(nodes_[one], nodes_[other]);
+  nodes_[one].tolerance = std::max(nodes_[one].tolerance, nodes_[other].tolerance);
 }
 
 std::uint32_t VEXChainStore::makeNodeAt(std::uint32_t coord) {
   if (coordNodes_[coord] != kNoNode) return coordNodes_[coord];
   const auto made = static_cast<std::uint32_t>(nodes_.size());
-  VEXChainNode node{};
-  node.x = xs_[coord];
-  node.y = ys_[coord];
-  node.tolerance = static_cast<float>(sizeOf(node.x, node.y) * kPlaceTolerance);
-  node.sameAs = made & 0x7fffffffU;
-  node.isCrossing = 0;
-  nodes_.push_back(node);
+  const double x = xs_[coord], y = ys_[coord];
+  nodes_.push_back(nodeOf(made, x, y, sizeOf(x, y) * kPlaceTolerance, false));
   coordNodes_[coord] = made;
   ++numChanges_;
   return made;
@@ -119,18 +141,12 @@ void VEXChainStore::addCrossing(std::uint32_t one, std::uint32_t other, double x
   const bool isOnOne = isLastThreaded(one, x, y, tolerance), isOnOther = isLastThreaded(other, x, y, tolerance);
   if (isOnOne || isOnOther) {
     const std::uint32_t node = lastThreaded_[isOnOne ? one : other];
-    moveTo(nodes_[rootOf(node)], x, y, true);
+    moveTo(nodes_[rootOf(node)], nodeOf(0, x, y, tolerance, true));
     if (isOnOne && isOnOther) return unite(node, lastThreaded_[other]);
     return thread(node, x, y, isOnOne ? other : one, tolerance, single);
   }
   const auto made = static_cast<std::uint32_t>(nodes_.size());
-  VEXChainNode node{};
-  node.x = x;
-  node.y = y;
-  node.tolerance = static_cast<float>(tolerance);
-  node.sameAs = made & 0x7fffffffU;
-  node.isCrossing = 1;
-  nodes_.push_back(node);
+  nodes_.push_back(nodeOf(made, x, y, tolerance, true));
   thread(made, x, y, one, tolerance, single);
   thread(made, x, y, other, tolerance, single);
 }
@@ -224,7 +240,7 @@ void VEXChainStore::uniteNearStops() {
   for (std::size_t i = 1; i < stops_.size(); ++i) {
     const VEXChainNode& before = nodes_[stops_[i - 1].node];
     const VEXChainNode& here = nodes_[stops_[i].node];
-    const double tolerance = std::max(before.tolerance, here.tolerance);
+    const double tolerance = std::max(before.tolerance, here.tolerance).value();
     if (sizeOf(here.x - before.x, here.y - before.y) <= tolerance) unite(stops_[i - 1].node, stops_[i].node);
   }
 }
@@ -266,7 +282,7 @@ void VEXChainStore::compact() {
     if (renumbered[at] == kNoNode) continue;
     renumbered[at] = count;
     nodes_[count] = nodes_[at];
-    nodes_[count].sameAs = count & 0x7fffffffU;
+    nodes_[count].sameAs = count & 0x3fffffffU;
     ++count;
   }
   nodes_.resize(count);
@@ -391,6 +407,7 @@ void VEXChainStore::rebuild() {
   zs_ = std::move(newZs);
   coordNodes_ = std::move(newNodes);
   dirty_ = std::move(newDirty);
+  for (VEXChainNode& node : nodes_) node.isSettled = 1;
   threadings_.clear();
   lastThreaded_.assign(xs_.size(), kNoNode);
   numChanges_ = 0;

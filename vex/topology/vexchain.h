@@ -4,6 +4,8 @@
 // coordinates of all nodes.
 #pragma once
 
+#include <bit>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -13,14 +15,31 @@
 
 inline constexpr std::uint32_t kNoNode = 0xffffffffU;
 
+// A tolerance in 16 bits, larger than what it was made from by a part in 32 at most. It has the range of a double,
+// which a float has not: places of large coordinates would all be one.
+class VEXTolerance {
+ public:
+  VEXTolerance() = default;
+  explicit VEXTolerance(double value)
+      : bits_(static_cast<std::uint16_t>((std::bit_cast<std::uint64_t>(value) + (kUnit - 1)) / kUnit)) {}
+  double value() const { return std::bit_cast<double>(bits_ * kUnit); }
+  auto operator<=>(const VEXTolerance&) const = default;
+
+ private:
+  static constexpr std::uint64_t kUnit = std::uint64_t{1} << 47;
+  std::uint16_t bits_ = 0;
+};
+
 // A place where chains meet. Places that turn out to be one and the same are united: one of them is the root, the
 // others lead to it, and the root's position is that of all, bit for bit.
 struct VEXChainNode {
   double x = 0.0;
   double y = 0.0;
-  float tolerance = 0.0F;        // how far off a computed position may be
-  std::uint32_t sameAs : 31;     // towards the root; itself: this is the root
+  VEXTolerance tolerance;        // how far off any of the positions that are united here may be,
+  VEXTolerance ownTolerance;     // and the one that is kept; 0 for a coordinate
+  std::uint32_t sameAs : 30;     // towards the root; itself: this is the root
   std::uint32_t isCrossing : 1;  // computed, not a coordinate of a chain
+  std::uint32_t isSettled : 1;   // lay there at the end of the round before
 };
 
 struct VEXChain {
@@ -66,9 +85,9 @@ class VEXChainStore {
   // How far off the nodes at a segment's ends may be.
   double toleranceOf(std::uint32_t segment) const {
     const std::uint32_t start = coordNodes_[segment], end = coordNodes_[segment + 1];
-    const float atStart = start == kNoNode ? 0.0F : nodes_[start].tolerance;
-    const float atEnd = end == kNoNode ? 0.0F : nodes_[end].tolerance;
-    return static_cast<double>(atStart > atEnd ? atStart : atEnd);
+    const VEXTolerance atStart = start == kNoNode ? VEXTolerance() : nodes_[start].tolerance;
+    const VEXTolerance atEnd = end == kNoNode ? VEXTolerance() : nodes_[end].tolerance;
+    return (atStart > atEnd ? atStart : atEnd).value();
   }
   void markDirty(std::uint32_t segment) { dirty_[segment] |= kMarked; }  // for the next round
 

@@ -159,3 +159,42 @@ TEST(NodingCrowd, IsNodedAtEveryScale) {
     }
   }
 }
+
+// Most pairs cross a little beside the one point. Whichever of these crossings it becomes, rounds come to an end.
+TEST(NodingCrowd, LinesThroughTheOriginEndInOnePlace) {
+  for (unsigned round = 0; round < 8; ++round) {
+    Random random(kSeed + round);
+    std::vector<Points> lines;
+    const std::size_t count = 180 + 20 * round;
+    for (std::size_t i = 0; i < count; ++i) {
+      const double angle = kPi * (static_cast<double>(i) + 0.5 * part(random)) / static_cast<double>(count);
+      const double before = 0.3 + 0.7 * part(random), after = 0.3 + 0.7 * part(random);
+      lines.push_back(
+          {{-before * std::cos(angle), -before * std::sin(angle)}, {after * std::cos(angle), after * std::sin(angle)}});
+    }
+    std::shuffle(lines.begin(), lines.end(), random);
+    SCOPED_TRACE("seed " + std::to_string(kSeed + round));
+    const std::vector<Piece> pieces = node(lines, 0, oneSquare());
+    EXPECT_EQ(pieces.size(), 2 * count);
+    ASSERT_NO_FATAL_FAILURE(checkNoded(pieces));
+  }
+}
+
+// A power of two changes nothing but the exponents, even where single precision has no more of them.
+TEST(NodingCrowd, SizeOfCoordinatesDoesNotMatter) {
+  for (unsigned round = 0; round < 8; ++round) {
+    Random random(kSeed + round);
+    std::vector<Points> lines = makeCrowd(random);
+    const std::vector<Piece> pieces = node(lines);
+    for (double scale : {0x1p-80, 0x1p140, 0x1p240}) {
+      std::vector<Points> scaled = lines;
+      for (Points& line : scaled)
+        for (auto& [x, y] : line) x *= scale, y *= scale;
+      std::vector<Piece> back = node(scaled);
+      for (Piece& piece : back)
+        for (auto& [x, y] : piece.points) x /= scale, y /= scale;
+      EXPECT_TRUE(back == pieces) << "seed " << kSeed + round << " scale " << scale << ": " << back.size()
+                                  << " pieces for " << pieces.size();
+    }
+  }
+}
