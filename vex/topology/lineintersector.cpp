@@ -17,6 +17,7 @@ constexpr int kMostRounds = 10;
 // The first rounds take points that are equal in single precision for one. The later ones only repair.
 constexpr int kSingleRounds = 2;
 constexpr std::size_t kWorkUnits = 250;
+constexpr double kSmallCoord = 0x1p-200;
 
 bool isSound(VEXOrdinates values) {
   for (double value : values)
@@ -36,6 +37,7 @@ struct VEXLineIntersector::Work {
   void fillGrid(VEXSpatialGridCore& grid, ForEach&& forEach) const;
   const VEXGridParms* parmsFor(std::span<const VEXSpatialGridCore::Entry> entries) const;
   void findConcerned(std::vector<std::uint32_t>& segments) const;
+  int exponentOfSmall() const;
   void runRound(int round);
   void report(std::size_t done, std::size_t total);
 
@@ -225,11 +227,25 @@ void VEXLineIntersector::Work::runRound(int round) {
              });
 }
 
+// Products of differences of very small coordinates would underflow: such data is noded at another scale. 0: it is not
+// small.
+int VEXLineIntersector::Work::exponentOfSmall() const {
+  double largest = 0.0;
+  for (double x : chains.xs()) largest = std::max(largest, std::fabs(x));
+  for (double y : chains.ys()) largest = std::max(largest, std::fabs(y));
+  if (!(largest < kSmallCoord)) return 0;
+  int exponent = 0;
+  std::frexp(largest, &exponent);
+  return exponent;
+}
+
 VEXStatus VEXLineIntersector::computeIntersections(const VEXProgress& progress) {
   Work& work = *work_;
   if (work.isComputed) return makeStatus(329002);
   work.isComputed = true;
   work.progress = progress;
+  const int exponent = work.exponentOfSmall();
+  if (exponent != 0) work.chains.scale(-exponent);
   work.chains.beginRounds();
   for (int round = 0; round < kMostRounds; ++round) {
     work.runRound(round);
@@ -240,6 +256,7 @@ VEXStatus VEXLineIntersector::computeIntersections(const VEXProgress& progress) 
     if (work.chains.numDirty() == 0) break;
   }
   work.chains.endRounds();
+  if (exponent != 0) work.chains.scale(exponent);
   work.cutter.emplace(work.chains);
   if (progress) progress(100.0);
   return nullptr;

@@ -20,9 +20,12 @@ double sizeOf(double x, double y) {
 
 // As many digits as single precision has; beyond its range, too, where all values would be one.
 double inSingle(double value) {
-  constexpr double kMost = std::numeric_limits<float>::max(), kScale = 0x1p-200;
-  return std::fabs(value) < kMost ? static_cast<double>(static_cast<float>(value))
-                                  : static_cast<double>(static_cast<float>(value * kScale)) / kScale;
+  constexpr double kMost = std::numeric_limits<float>::max(), kLeast = std::numeric_limits<float>::min();
+  constexpr double kScale = 0x1p200;
+  const double size = std::fabs(value);
+  if (size < kMost && size >= kLeast) return static_cast<double>(static_cast<float>(value));
+  if (size < kLeast) return static_cast<double>(static_cast<float>(value * kScale)) / kScale;
+  return static_cast<double>(static_cast<float>(value / kScale)) * kScale;
 }
 
 bool isSameInSingle(double x1, double y1, double x2, double y2) {
@@ -60,6 +63,11 @@ std::size_t VEXChainStore::chainOf(std::uint32_t coord) const {
   const auto after = std::upper_bound(chains_.begin(), chains_.end(), coord,
                                       [](std::uint32_t value, const VEXChain& chain) { return value < chain.first; });
   return static_cast<std::size_t>(after - chains_.begin()) - 1;  // chains without coordinates come before it
+}
+
+void VEXChainStore::scale(int exponent) {
+  for (std::vector<double>* values : {&xs_, &ys_})
+    for (double& value : *values) value = std::ldexp(value, exponent);
 }
 
 // ---- nodes ----

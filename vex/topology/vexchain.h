@@ -71,6 +71,9 @@ class VEXChainStore {
   template <class Show>
   void forEachSegment(Show&& show) const;
 
+  // Multiplies x and y by a power of two.
+  void scale(int exponent);
+
   // ---- meetings; numbers of coordinates and of segments' first coordinates ----
   std::uint32_t nodeAt(std::uint32_t coord) const { return coordNodes_[coord]; }
   // A node where this coordinate lies, the one that it has or a new one.

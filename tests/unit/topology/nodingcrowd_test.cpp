@@ -186,7 +186,7 @@ TEST(NodingCrowd, SizeOfCoordinatesDoesNotMatter) {
     Random random(kSeed + round);
     std::vector<Points> lines = makeCrowd(random);
     const std::vector<Piece> pieces = node(lines);
-    for (double scale : {0x1p-80, 0x1p140, 0x1p240}) {
+    for (double scale : {0x1p-900, 0x1p-300, 0x1p-80, 0x1p140, 0x1p240}) {
       std::vector<Points> scaled = lines;
       for (Points& line : scaled)
         for (auto& [x, y] : line) x *= scale, y *= scale;
