@@ -163,20 +163,49 @@ VEXStatus VEXDissolver::dissolveRaw() {
     return nullptr;
   }
   VEXTopology outline(VEXTopology::kPlain);
-  VEXTopology interior(VEXTopology::kPlain);
   for (VEXKeptPiece piece; cover_->next(piece);) {
     const std::int32_t id = piece.coversRight ? piece.region + 1 : -piece.region - 1;
     if (piece.isInterior)
-      VEX_TRY(interior.addLine(piece.xs, piece.ys, piece.zs));
+      addInteriorLines(piece);
     else
       VEX_TRY(outline.addLine(piece.xs, piece.ys, piece.zs, id, piece.chainIds));
   }
-  for (std::int32_t id = 1; id <= interior.numArcs(); ++id) interiorLines_.push_back(interior.arc(id).line());
-  numInteriorLines_ = keepsInteriorLines_ ? interior.numArcs() : cover_->numInterior();
+  numInteriorLines_ = keepsInteriorLines_ ? static_cast<std::int64_t>(interiorLines_.size()) : cover_->numInterior();
   std::vector<std::pair<std::int32_t, std::int32_t>> roots;
   cover_->members(roots);
   cover_->endReading();
   return extendStatus(formOutline(outline, roots));
+}
+
+// A ring comes in two, as an arc between two nodes would.
+void VEXDissolver::addInteriorLines(const VEXKeptPiece& piece) {
+  ringX_.clear();
+  ringY_.clear();
+  ringZ_.clear();
+  for (std::size_t i = 0; i < piece.xs.size(); ++i) {
+    if (i > 0 && piece.xs[i] == piece.xs[i - 1] && piece.ys[i] == piece.ys[i - 1]) continue;
+    ringX_.push_back(piece.xs[i]);
+    ringY_.push_back(piece.ys[i]);
+    if (!piece.zs.empty()) ringZ_.push_back(piece.zs[i]);
+  }
+  auto add = [this](std::size_t first, std::size_t last) {
+    auto take = [=](const std::vector<double>& from) {
+      return std::vector<double>(from.begin() + static_cast<std::ptrdiff_t>(first),
+                                 from.begin() + static_cast<std::ptrdiff_t>(last) + 1);
+    };
+    if (ringZ_.empty())
+      interiorLines_.emplace_back(take(ringX_), take(ringY_), VEX_GEOM_LINE);
+    else
+      interiorLines_.emplace_back(take(ringX_), take(ringY_), take(ringZ_), VEX_GEOM_LINE);
+  };
+  const std::size_t last = ringX_.size() - 1;
+  if (last == 0) return;
+  if (ringX_[0] != ringX_[last] || ringY_[0] != ringY_[last]) return add(0, last);
+  // In the same place whichever way it runs.
+  const bool isAtEnd = ringY_[1] != ringY_[last - 1] ? ringY_[1] < ringY_[last - 1] : ringX_[1] < ringX_[last - 1];
+  const std::size_t cut = isAtEnd ? last - 1 : 1;
+  add(0, cut);
+  add(cut, last);
 }
 
 // ---- the outline ----

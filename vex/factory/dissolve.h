@@ -44,6 +44,7 @@ class VEXDissolver {
 
   VEXStatus dissolveNoded();
   VEXStatus dissolveRaw();
+  void addInteriorLines(const VEXKeptPiece& piece);
   // Polygons of the outline whose right side, along a line of user id above 0, is covered; below 0 the left side.
   VEXStatus formOutline(VEXTopology& outline, const std::vector<std::pair<std::int32_t, std::int32_t>>& roots);
   void noteFaults(const VEXTopology& topology, VEXTopologyResult& result);
