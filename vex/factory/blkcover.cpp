@@ -1,11 +1,11 @@
 #include "vex/factory/blkcover.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdlib>
 #include <numeric>
 
 #include "vex/src/letgo.h"
+#include "vex/topology/pointhash.h"
 #include "vex/topology/vexchain.h"
 
 // ---- taking in ----
@@ -225,19 +225,6 @@ bool VEXBlockCover::fitsTogether() const {
 
 namespace {
 
-std::uint64_t mixed(std::uint64_t hash) {
-  hash ^= hash >> 32;
-  hash *= 0xd6e8feb86659fd93U;
-  hash ^= hash >> 29;
-  hash *= 0xd6e8feb86659fd93U;
-  return hash ^ hash >> 32;
-}
-
-std::uint64_t hashOf(double x, double y) {
-  return mixed(std::bit_cast<std::uint64_t>(x + 0.0) +
-               mixed(std::bit_cast<std::uint64_t>(y + 0.0) + 0x9e3779b97f4a7c15U));
-}
-
 bool isClosed(const VEXCoverPiece& piece) {
   return piece.xs.front() == piece.xs.back() && piece.ys.front() == piece.ys.back();
 }
@@ -246,13 +233,14 @@ bool isClosed(const VEXCoverPiece& piece) {
 
 // As many outlines come to a place as leave it. Where all lines are kept, so it is for each ring.
 void VEXBlockCover::noteEnds(const VEXCoverPiece& piece) {
-  const std::uint64_t change = hashOf(piece.xs.front(), piece.ys.front()) - hashOf(piece.xs.back(), piece.ys.back());
+  const std::uint64_t change =
+      pointHash(piece.xs.front(), piece.ys.front()) - pointHash(piece.xs.back(), piece.ys.back());
   if (!keepsInterior_) {
     openEnds_ += piece.coversRight ? change : 0 - change;
     return;
   }
   for (std::int32_t id : piece.passes) {
-    const std::uint64_t ring = mixed(blockRings_[static_cast<std::size_t>(std::abs(id)) - 1] + 1) | 1;
+    const std::uint64_t ring = mixBits(blockRings_[static_cast<std::size_t>(std::abs(id)) - 1] + 1) | 1;
     openEnds_ += id > 0 ? change * ring : 0 - change * ring;
   }
 }
