@@ -26,6 +26,7 @@ void VEXBlockCover::addRing(VEXOrdinates xs, VEXOrdinates ys, VEXOrdinates zs, s
   ring.hasZ = zs.empty() ? 0 : 1;
   rings_.push_back(ring);
   numCoords_ += xs.size();
+  anyHasZ_ = anyHasZ_ || !zs.empty();
 }
 
 double* VEXBlockCover::makeRoom(std::size_t numValues) {
@@ -275,7 +276,7 @@ void VEXBlockCover::keep(const VEXCoverPiece& piece, std::uint32_t part) {
   Piece kept{};
   kept.ring = blockRings_[static_cast<std::size_t>(piece.chainIds[0]) - 1];
   kept.part = part;
-  kept.firstId = static_cast<std::uint32_t>(ids_.size());
+  kept.firstId = ids_.size();
   kept.isInterior = piece.coversLeft && piece.coversRight;
   kept.coversRight = piece.coversRight;
   kept.hasZ = !piece.zs.empty();
@@ -306,9 +307,9 @@ bool VEXBlockCover::next(VEXKeptPiece& piece) {
   piece.xs = VEXOrdinates(keptXs_).subspan(kept.first, count);
   piece.ys = VEXOrdinates(keptYs_).subspan(kept.first, count);
   piece.zs = VEXOrdinates();
-  if (rings_[0].hasZ != 0 && kept.hasZ) {
+  if (kept.hasZ) {
     piece.zs = VEXOrdinates(keptZs_).subspan(kept.first, count);
-  } else if (rings_[0].hasZ != 0) {
+  } else if (anyHasZ_) {
     noZs_.assign(count, 0.0);
     piece.zs = noZs_;
   }

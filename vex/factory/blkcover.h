@@ -21,7 +21,7 @@
 
 // A piece of boundary that is kept. Regions are numbers of connected covered parts of the plane.
 struct VEXKeptPiece {
-  VEXOrdinates xs, ys, zs;  // all pieces have z or none
+  VEXOrdinates xs, ys, zs;  // all pieces have z if any ring has; 0 where its own has none
   std::span<const std::int32_t> chainIds;
   bool isInterior = false;  // covered on both sides; otherwise there is the region on one side
   bool coversRight = false;
@@ -69,11 +69,11 @@ class VEXBlockCover {
     std::uint32_t isDoubted : 1;
   };
   struct Piece {
-    std::uint32_t ring;     // the first that runs along it
-    std::uint32_t part;     // that lies in its region
-    std::uint32_t firstId;  // in ids_
+    std::uint32_t ring;  // the first that runs along it
+    std::uint32_t part;  // that lies in its region
     bool isInterior, coversRight, hasZ;
-    std::size_t first;  // coordinate
+    std::size_t first;    // coordinate
+    std::size_t firstId;  // in ids_
   };
   struct Parts {  // of a feature whose boundary meets itself, as blocks see it
     std::uint32_t first;
@@ -113,6 +113,7 @@ class VEXBlockCover {
   std::vector<std::unique_ptr<double[]>> values_;  // by lots, so that growing takes nothing; a ring lies in one
   std::size_t lotSize_ = 0, roomLeft_ = 0;         // of the last
   std::size_t numCoords_ = 0;
+  bool anyHasZ_ = false;
   VEXBlockVector<Ring, 8> rings_;
   VEXBlockVector<Feature, 8> features_;
   VEXNearBlocks blocks_;

@@ -200,6 +200,25 @@ TEST(Dissolver, WhatHasNoAreaIsAMemberOfNothing) {
   EXPECT_EQ(dissolver.memberships(), (std::vector<std::pair<std::int32_t, std::size_t>>{{0, 0}}));
 }
 
+// One that comes first without z takes it from no other.
+TEST(Dissolver, KeepsTheZOfThoseThatHaveAny) {
+  for (const bool isNoded : {false, true}) {
+    VEXDissolver dissolver(isNoded, false);
+    addTo(dissolver, {box(0, 0, 1, 1)}, 0);
+    VEXFeature high(3);
+    for (const Place& at : box(5, 5, 6, 6)) high.addCoord(at.x, at.y, 10.0 + at.x);
+    high.restoreGeometry(VEX_GEOM_POLYGON, 3);
+    ASSERT_EQ(dissolver.add(high, 1), nullptr);
+    ASSERT_EQ(dissolver.dissolve(), nullptr);
+    ASSERT_EQ(dissolver.polygons().size(), 2U);
+    for (const VEXLine& polygon : dissolver.polygons()) {
+      ASSERT_TRUE(polygon.hasZ());
+      for (std::size_t i = 0; i < polygon.numCoords(); ++i)
+        EXPECT_EQ(polygon.zs()[i], polygon.xs()[i] > 4.0 ? 10.0 + polygon.xs()[i] : 0.0);
+    }
+  }
+}
+
 // Shapes hardly larger than a step of single precision: the places that become one turn some of them inside out. That
 // takes nothing from a square around them.
 TEST(Dissolver, WhatNodingTurnsInsideOutCoversStill) {
